@@ -87,6 +87,9 @@ class String {
     return a.view() == b.view();
   }
   friend bool operator==(const String& a, std::u16string_view b) { return !a.isNull() && a.view() == b; }
+  friend bool operator==(const String& a, const char16_t* b) {
+    return !a.isNull() && a.view() == std::u16string_view(b);
+  }
   // Unit-wise ordering; null sorts first.
   friend bool operator<(const String& a, const String& b) {
     if (!a.rep_ || !b.rep_) return !a.rep_ && b.rep_;

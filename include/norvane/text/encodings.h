@@ -232,8 +232,8 @@ bool decodeBytesAppending(std::string_view bytes, NSStringEncoding encoding, boo
 String stringWithBytes(std::string_view bytes, NSStringEncoding encoding);
 String stringWithBytesStrict(std::string_view bytes, NSStringEncoding encoding);
 
-// Decoders of the two Czech encodings; every byte maps to one unit, so they
-// never fail.
+// Decoders of the two Czech encodings. Every byte gives one unit, so they
+// never fail; a byte that stands for no character gives U+FFFD.
 std::u16string decodeKamenicky(std::string_view bytes);
 std::u16string decodeKoi8cs2(std::string_view bytes);
 
@@ -242,7 +242,7 @@ std::u16string decodeKoi8cs2(std::string_view bytes);
 // encoding's substitute ('?' where it has one) instead. Both answer nullopt
 // for an unavailable encoding. No byte-order mark is written, except for
 // NSUnicodeStringEncoding and NSUTF32StringEncoding, which are written
-// big-endian behind a mark.
+// in the host's order (little-endian) behind a mark.
 std::optional<std::string> encodeString(std::u16string_view text, NSStringEncoding encoding);
 std::optional<std::string> encodeStringLossy(std::u16string_view text, NSStringEncoding encoding);
 

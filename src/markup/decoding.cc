@@ -1,0 +1,309 @@
+// The charset a page declares, and the two-pass decoding of markup bytes.
+
+#include "norvane/markup/decoding.h"
+
+#include <fcntl.h>
+#include <plist/plist.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <optional>
+
+#include "norvane/markup/entities.h"
+#include "norvane/markup/tag_scanner.h"
+
+namespace norvane::markup {
+namespace {
+
+using namespace text;
+
+bool nameIs(const unichar* characters, size_t location, size_t length, std::string_view lower) {
+  if (length != lower.size()) return false;
+  for (size_t i = 0; i < length; ++i) {
+    if ((characters[location + i] | 32) != lower[i]) return false;
+  }
+  return true;
+}
+
+// What the charset scan found: the value and the tag that holds it.
+struct CharsetHit {
+  String charset;
+  Range tag = NotFoundRange;
+};
+
+// The CHARSET of a <meta> tag: in its CONTENT first, else its own attribute.
+String charsetOfMetaTag(const unichar* characters, Range tag) {
+  static const unichar kCharset[] = u"CHARSET";
+  String content = contentAttributeOfTagCharacters(characters, tag);
+  if (!content.isEmpty()) {
+    String charset = copyOfAttributeOfString(content, kCharset, 7, '\'', true, ';');
+    if (!charset.isEmpty()) return stringByConvertingEntitiesToCharacters(charset);
+  }
+  String charset = attributeOfTagCharacters(characters, tag, "CHARSET");
+  if (!charset.isEmpty()) return stringByConvertingEntitiesToCharacters(charset);
+  return String();
+}
+
+// Scans the markup ahead of its <body> for the tag that names a charset.
+CharsetHit findCharset(const String& s) {
+  CharsetHit hit;
+  GetTagsOfString(s, [&hit](unichar* characters, size_t nameLocation, size_t nameLength, size_t tagLocation,
+                            size_t tagLength, size_t, unsigned tagKind) {
+    if (tagKind != kTagKindTag || nameLength < 3 || nameLength > 4) return false;
+    if (nameIs(characters, nameLocation, nameLength, "body")) return true;
+    Range tag{tagLocation, tagLength};
+    if (nameIs(characters, nameLocation, nameLength, "meta")) {
+      if (characters[tagLocation + 1] == '/') return false;
+      String charset = charsetOfMetaTag(characters, tag);
+      if (charset.isNull()) return false;
+      hit = {charset, tag};
+      return true;
+    }
+    if (nameIs(characters, nameLocation, nameLength, "xml") && nameLocation == tagLocation + 2 &&
+        characters[tagLocation + 1] == '?') {
+      String encoding = attributeOfTagCharacters(characters, tag, "ENCODING");
+      hit = {encoding.isNull() ? String::empty() : encoding, tag};
+      return true;
+    }
+    return false;
+  });
+  return hit;
+}
+
+// One decoding pass: the text, or null when no units came out, and its
+// count of U+FFFD.
+struct Pass {
+  String text;
+  size_t replacements = 0;
+  bool exists() const { return !text.isNull(); }
+};
+
+Pass decodePass(std::string_view data, NSStringEncoding encoding) {
+  Pass pass;
+  if (encoding == NSKamenickyStringEncoding || encoding == NSKoi8cs2StringEncoding) {
+    std::u16string units = encoding == NSKamenickyStringEncoding ? decodeKamenicky(data) : decodeKoi8cs2(data);
+    if (!units.empty()) pass.text = String::fromU16(std::move(units));
+    return pass;
+  }
+  std::u16string units;
+  if (!decodeBytesAppending(data, encoding, false, units) || units.empty()) return pass;
+  pass.replacements = countReplacementCharacters(units.data(), units.size());
+  pass.text = String::fromU16(std::move(units));
+  return pass;
+}
+
+// Decoding of the whole data that fails on a malformed sequence.
+String decodeWhole(std::string_view data, NSStringEncoding encoding) {
+  return stringWithBytesStrict(data, encoding);
+}
+
+// The first of `encodings` that yields units.
+String decodeWithFallbacks(std::string_view data, std::span<const CFStringEncoding> encodings) {
+  for (CFStringEncoding encoding : encodings) {
+    Pass pass = decodePass(data, nsEncodingFromCFEncoding(encoding));
+    if (pass.exists()) return pass.text;
+  }
+  return String();
+}
+
+std::optional<std::string> readWholeFile(const std::string& path) {
+  int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return std::nullopt;
+  std::string data;
+  struct stat info;
+  if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) data.reserve(static_cast<size_t>(info.st_size));
+  char buffer[65536];
+  bool ok = true;
+  for (;;) {
+    ssize_t got = ::read(fd, buffer, sizeof buffer);
+    if (got < 0) {
+      if (errno == EINTR) continue;
+      ok = false;
+      break;
+    }
+    if (got == 0) break;
+    data.append(buffer, static_cast<size_t>(got));
+  }
+  ::close(fd);
+  if (!ok) return std::nullopt;
+  return data;
+}
+
+// A property list, binary or XML, written out as XML property-list text;
+// null if the data is not a property list.
+String propertyListAsXml(std::string_view data) {
+  if (data.size() > UINT32_MAX) return String();
+  plist_t plist = nullptr;
+  plist_from_memory(data.data(), static_cast<uint32_t>(data.size()), &plist);
+  if (!plist) return String();
+  char* xml = nullptr;
+  uint32_t length = 0;
+  plist_to_xml(plist, &xml, &length);
+  plist_free(plist);
+  if (!xml) return String();
+  String text = stringWithBytes(std::string_view(xml, length), NSUTF8StringEncoding);
+  plist_to_xml_free(xml);
+  return text;
+}
+
+}  // namespace
+
+String markupCharset(const String& s) {
+  String charset = findCharset(s).charset;
+  return charset.isNull() ? String::empty() : charset;
+}
+
+Range markupCharsetRange(const String& s) {
+  return findCharset(s).tag;
+}
+
+NSStringEncoding markupEncoding(const String& s) {
+  return charset2NSStringEncoding(markupCharset(s));
+}
+
+NSStringEncoding headerEncoding(const String& s) {
+  return charset2NSStringEncoding(headerCharset(s));
+}
+
+NSStringEncoding defaultURLEncoding(const String& s) {
+  return markupEncoding(s) == NSISOLatin1StringEncoding ? NSISOLatin1StringEncoding : NSUTF8StringEncoding;
+}
+
+Data markupData(const String& s, NSStringEncoding* encoding) {
+  if (encoding) *encoding = NSASCIIStringEncoding;
+  if (s.isEmpty()) return Data();
+  NSStringEncoding declared = markupEncoding(s);
+  if (declared != kInvalidEncoding) {
+    std::optional<std::string> bytes = encodeString(s.view(), declared);
+    if (bytes) {
+      if (encoding) *encoding = declared;
+      return Data(bytes->begin(), bytes->end());
+    }
+  }
+  std::string ascii = stringByConvertingCharactersToEntities(s).toUtf8();
+  return Data(ascii.begin(), ascii.end());
+}
+
+String stringWithMarkupData(std::string_view data, const String& encodingName, NSStringEncoding defaultEncoding,
+                            const String&) {
+  if (data.empty()) return String::empty();
+  NSStringEncoding first = defaultEncoding;
+  bool named = false;
+  if (data.size() >= 3) {
+    auto b0 = static_cast<uint8_t>(data[0]), b1 = static_cast<uint8_t>(data[1]);
+    if (b0 == 0xFE && b1 == 0xFF) first = NSUTF16BigEndianStringEncoding;
+    if (b0 == 0xFF && b1 == 0xFE) first = NSUTF16LittleEndianStringEncoding;
+  }
+  if (!encodingName.isEmpty()) {
+    NSStringEncoding byName = NSEncodingFromName(encodingName);
+    if (byName != 0 && byName != kInvalidEncoding) {
+      first = byName;
+      named = true;
+    }
+  }
+
+  Pass a = decodePass(data, first);
+  NSStringEncoding declared = 0;
+  if (a.exists()) {
+    declared = markupEncoding(a.text);
+    if (declared == first || declared == NSASCIIStringEncoding || declared == kInvalidEncoding) return a.text;
+  }
+
+  const NSStringEncoding big5 = nsEncodingFromCFEncoding(kCFStringEncodingBig5);
+  if (declared == NSWindowsCP1251StringEncoding) {
+    if (!(first == NSUTF8StringEncoding && named)) {
+      a = Pass();
+      first = NSWindowsCP1250StringEncoding;
+    }
+  } else if (declared == big5) {
+    a = Pass();
+    first = nsEncodingFromCFEncoding(kCFStringEncodingBig5_HKSCS_1999);
+  }
+
+  Pass b = declared != 0 ? decodePass(data, declared) : Pass();
+  if (b.exists()) {
+    if (a.exists() && named && first == NSUTF8StringEncoding &&
+        (declared == NSWindowsCP1251StringEncoding || declared == NSISOLatin1StringEncoding) && a.replacements == 0 &&
+        b.replacements == 0 && b.text.length() > a.text.length()) {
+      return a.text;
+    }
+    if (!named || !a.exists() || b.replacements <= a.replacements) return b.text;
+    return a.text;
+  }
+
+  if (declared == NSShiftJISStringEncoding) {
+    String text = decodeWithFallbacks(data, japaneseFallbackEncodings());
+    if (!text.isNull()) return text;
+  } else if (declared == nsEncodingFromCFEncoding(kCFStringEncodingEUC_CN)) {
+    String text = decodeWithFallbacks(data, chineseFallbackEncodings());
+    if (!text.isNull()) return text;
+  } else if (a.exists()) {
+    return a.text;
+  }
+
+  if (first != declared) {
+    String text = decodeWhole(data, first);
+    if (text.isNull() && defaultEncoding != declared && defaultEncoding != first) {
+      text = decodeWhole(data, defaultEncoding);
+    }
+    return text;
+  }
+  return String();
+}
+
+String stringWithMarkupData(std::string_view data, NSStringEncoding defaultEncoding) {
+  return stringWithMarkupData(data, String(), defaultEncoding, String());
+}
+
+String stringWithMarkupDataAndContentType(std::string_view data, const String& contentType,
+                                          NSStringEncoding defaultEncoding) {
+  String name = contentType.isEmpty() ? String() : headerCharset(contentType);
+  return stringWithMarkupData(data, name, defaultEncoding, String());
+}
+
+String stringWithMarkupContentsOfFile(const std::string& path, NSStringEncoding defaultEncoding,
+                                      NSStringEncoding* usedEncoding) {
+  NSStringEncoding used = kInvalidEncoding;
+  String result = [&]() -> String {
+    if (path.empty()) return String();
+    std::optional<std::string> data = readWholeFile(path);
+    if (!data) return String();
+
+    if ((data->size() >= 6 && data->compare(0, 6, "bplist") == 0) || isPropertyListFile(String::fromUtf8(path))) {
+      String xml = propertyListAsXml(*data);
+      if (!xml.isNull()) return xml;
+    }
+
+    Pass first = decodePass(*data, defaultEncoding);
+    used = defaultEncoding;
+    if (!first.exists()) return String();
+    NSStringEncoding declared = markupEncoding(first.text);
+    if (declared == defaultEncoding || declared == NSASCIIStringEncoding || declared == kInvalidEncoding) {
+      return first.text;
+    }
+
+    Pass second = decodePass(*data, declared);
+    if (second.exists()) {
+      if (second.replacements > first.replacements) return first.text;
+      if (defaultEncoding == NSUTF8StringEncoding && first.replacements == 0 && second.replacements == 0 &&
+          (declared == NSWindowsCP1251StringEncoding || declared == NSISOLatin1StringEncoding) &&
+          second.text.length() > first.text.length()) {
+        used = NSUTF8StringEncoding;
+        return first.text;
+      }
+      used = declared;
+      return second.text;
+    }
+    if (declared != NSUTF8StringEncoding) {
+      used = declared;
+      return first.text;
+    }
+    used = NSMacOSRomanStringEncoding;
+    String macRoman = decodeWhole(*data, NSMacOSRomanStringEncoding);
+    return macRoman.isNull() ? first.text : macRoman;
+  }();
+  if (usedEncoding) *usedEncoding = used;
+  return result;
+}
+
+}  // namespace norvane::markup

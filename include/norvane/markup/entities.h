@@ -34,9 +34,9 @@ namespace norvane::markup {
 //                                  '<' and '>' stay text
 //   a table name                   unless `onlyNumeric`; letters and digits
 //                                  ended by any unit, ';' consumed
-// A reference of more than 30 units behind its '&' stays text. A reference
-// that reaches the end of the range takes its last unit as the terminator,
-// which stays in the text ("&#65" at the end reads as "&#6" and "5").
+// A reference of more than 30 units behind its '&' stays text. The end of
+// the range also ends a reference: "caf&eacute" converted up to a following
+// tag gives "café", and "&#65" at the end gives "A".
 // With `nonUmlauted`, units written as text or by the table and number paths
 // pass through the umlauts table (diacritics removed).
 size_t convertEntities2Characters(const unichar* characters, unichar* destination, size_t location, size_t length,

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cstring>
+#include <unordered_map>
 
 #include "norvane/core/unicode.h"
 
@@ -377,11 +378,24 @@ bool Decoder::valueAt(Value& out, int depth) {
     case Kind::Map: {
       if (length > remaining() / 2) return fail();
       Dictionary dictionary;
+      auto& entries = dictionary.mutableEntries();
+      entries.reserve(length);
+      // Small maps look for a repeated key by scanning; large ones by hash,
+      // so that decoding stays linear.
+      std::unordered_map<std::u16string_view, size_t> index;
+      const bool hashed = length > 16;
       for (uint32_t i = 0; i < length; ++i) {
         Value key, element;
         if (!valueAt(key, depth + 1) || !key.isString()) return fail();
         if (!valueAt(element, depth + 1)) return false;
-        dictionary.set(key.asString(), std::move(element));
+        String name = key.asString();
+        if (!hashed) {
+          dictionary.set(name, std::move(element));
+        } else if (auto [at, added] = index.try_emplace(name.view(), entries.size()); added) {
+          entries.emplace_back(std::move(name), std::move(element));
+        } else {
+          entries[at->second].second = std::move(element);
+        }
       }
       out = Value(std::move(dictionary));
       return true;

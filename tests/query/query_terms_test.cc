@@ -17,7 +17,7 @@ std::string u8(const String& s) {
 }
 
 // The tree as fields, written independently of the library's writer: each
-// term is [operator][!][~]text, operators as & | ^ N/d B/d A/d X/d O, a
+// term is [operator][!][~] text, operators as & | ^ N/d B/d A/d X/d O, a
 // phrase in '...', a group in (...). The first child's operator is written
 // too, since dissolved groups hand theirs on.
 std::string shape(const QueryTerms& term) {
@@ -29,8 +29,8 @@ std::string shape(const QueryTerms& term) {
   if (term.queryNot()) s += "!";
   if (term.querySubstring()) s += "~";
   if (term.isWord()) {
-    if (term.queryPhrase()) return s + "'" + u8(term.word()) + "'";
-    return s + u8(term.word());
+    if (term.queryPhrase()) return s + " '" + u8(term.word()) + "'";
+    return s + " " + u8(term.word());
   }
   s += "(";
   for (size_t i = 0; i < term.children().size(); ++i) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,6 +13,7 @@
 
 #include "norvane/core/log.h"
 #include "norvane/core/unicode.h"
+#include "norvane/text/chars.h"
 
 namespace norvane::markup {
 namespace {
@@ -272,6 +274,352 @@ TEST(TagShape, DepthChange) {
   const std::u16string tags[] = {u"<a>", u"</a>", u"<br/>", u"<>"};
   const int expected[] = {1, -1, 0, 0};
   for (size_t k = 0; k < 4; ++k) EXPECT_EQ(tagDepthChange(tags[k].data(), {0, tags[k].size()}), expected[k]);
+}
+
+// ---------------------------------------------------------------------------
+// Attributes
+
+struct AttributeCase {
+  const char* tag;
+  const char* name;
+  const char* expected;  // nullptr: no value
+};
+
+class TagAttributes : public testing::TestWithParam<AttributeCase> {};
+
+TEST_P(TagAttributes, ValueOfName) {
+  const AttributeCase& c = GetParam();
+  const std::u16string tag = utf8ToUtf16(c.tag);
+  const String value = attributeOfTagCharacters(tag.data(), tag.size(), c.name);
+  const Range range = rangeOfAttributeOfTagCharacters(tag.data(), tag.size(), c.name);
+  if (c.expected == nullptr) {
+    EXPECT_TRUE(value.isNull()) << c.tag << " gave " << value.toUtf8();
+    EXPECT_EQ(range, NotFoundRange) << c.tag;
+  } else {
+    EXPECT_EQ(value, S(c.expected)) << c.tag;
+    ASSERT_TRUE(range.found()) << c.tag;
+    EXPECT_EQ(utf8(tag.data(), range.location, range.length), c.expected) << c.tag;
+  }
+  // The same tag inside a larger buffer: ranges count from the buffer's start.
+  const std::u16string padded = u"text " + tag + u" more";
+  const Range inner = rangeOfAttributeOfTagCharacters(padded.data(), Range{5, tag.size()}, c.name);
+  if (c.expected != nullptr) {
+    EXPECT_EQ(inner.location, range.location + 5) << c.tag;
+    EXPECT_EQ(attributeOfTagCharacters(padded.data(), Range{5, tag.size()}, c.name), S(c.expected)) << c.tag;
+  } else {
+    EXPECT_EQ(inner, NotFoundRange) << c.tag;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Scanner, TagAttributes,
+    testing::Values(
+        AttributeCase{"<a href=\"x.html\">", "HREF", "x.html"}, AttributeCase{"<a HREF='x.html'>", "href", "x.html"},
+        AttributeCase{"<a href = x.html title=y>", "HREF", "x.html"},
+        AttributeCase{"<a data-href=\"x\" href=\"y\">", "HREF", "y"},
+        AttributeCase{"<a my_href=\"x\" href=\"y\">", "HREF", "y"},
+        AttributeCase{"<a x=\"href=1\" href=\"y\">", "HREF", "y"},
+        AttributeCase{"<a x='href=1' href=\"y\">", "HREF", "y"},
+        AttributeCase{"<b=c>", "B", nullptr},  // no longer than name + 5
+        AttributeCase{"<a href=a/>", "HREF", "a/"}, AttributeCase{"<a href=>", "HREF", nullptr},
+        AttributeCase{"<a href==\"x\">", "HREF", "x"}, AttributeCase{"<a href=\"  x  \">", "HREF", "  x"},
+        AttributeCase{"<a href=\"\" b>", "HREF", nullptr}, AttributeCase{"<a hrefs=\"x\">", "HREF", nullptr},
+        AttributeCase{"<a href\n=\n\"x\">", "HREF", "x"}, AttributeCase{"<a title=\"x>y\" href=z>", "TITLE", "x"},
+        AttributeCase{"<a title=\"it's\" href=z>", "HREF", "z"},
+        AttributeCase{"<a title='it\"s' href=\"z\">", "HREF", "z"},
+        AttributeCase{"<a title=\"unclosed href=z>", "HREF", nullptr},
+        AttributeCase{"<a href=\"unclosed>", "HREF", "unclosed"},
+        AttributeCase{"<img src=x.png width=10>", "WIDTH", "10"}, AttributeCase{"<a href>", "HREF", nullptr}));
+
+TEST(Scanner, ContentAttributeKeepsMarkup) {
+  struct Case {
+    const char* tag;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"<meta name=x content=\"<b>bold</b> text\">", "<b>bold</b> text"},
+      {"<meta content=\"a > b\">", "a"},
+      {"<meta content=\">a\">", ">a"},
+      {"<meta content=\"text<\">", "text"},
+      {"<meta content=\"text</\">", "text"},
+      {"<meta content=\"unclosed><meta name=y>", "unclosed"},
+      {"<meta content=plain>", "plain"},
+  };
+  for (const Case& c : cases) {
+    const std::u16string tag = utf8ToUtf16(c.tag);
+    EXPECT_EQ(contentAttributeOfTagCharacters(tag.data(), {0, tag.size()}), S(c.expected)) << c.tag;
+  }
+  const std::u16string plain = u"<meta content=\"a<b>c\">";
+  EXPECT_EQ(attributeOfTagCharacters(plain.data(), plain.size(), "CONTENT"), S("a<b"));
+}
+
+TEST(Scanner, AttributesOfTagsAndStylesInStrings) {
+  EXPECT_EQ(attributeOfTagWithName(S("<a data-href=x href=\"y\">"), S("href")), S("y"));
+  EXPECT_EQ(attributeOfTagWithName(S("<a my_href=x>"), S("HREF")), S("x"));  // '_' does not prevent a match
+  EXPECT_EQ(attributeOfTagWithName(S("<a href='x>y'>"), S("HREF")), S("x"));
+  EXPECT_TRUE(attributeOfTagWithName(S("<a href=x>"), S("")).isNull());
+  EXPECT_TRUE(attributeOfTagWithName(S("<b=c>"), S("B")).isNull());
+  EXPECT_EQ(attributeOfTagWithName(S("<a b=c>"), S("B")), S("c"));
+  EXPECT_EQ(attributeOfTagInRange(S("zz<a href=x>zz"), {2, 10}, S("HREF")), S("x"));
+  EXPECT_TRUE(attributeOfTagInRange(S("<a href=x>"), {2, 20}, S("HREF")).isNull());
+
+  EXPECT_EQ(attributeOfStyleWithName(S("width: 10px"), S("WIDTH")), S("10px"));
+  EXPECT_EQ(attributeOfStyleWithName(S("font-family: Arial Black;"), S("font-family")), S("Arial"));
+  EXPECT_EQ(attributeOfStyleWithName(S("font-family: 'Arial Black'; x:y"), S("FONT-FAMILY")), S("Arial Black"));
+  EXPECT_EQ(attributeOfStyleWithName(S("_top: 5; left: 3"), S("top")), S("5"));
+  EXPECT_EQ(attributeOfStyleWithName(S("margin-top: 5; top: 3"), S("top")), S("3"));
+  EXPECT_EQ(attributeOfStyleWithName(S("top::5"), S("top")), S(":5"));  // one separator is skipped
+  EXPECT_EQ(attributeOfStyleInRange(S("x{color:red;top:4}"), {2, 15}, S("TOP")), S("4"));
+}
+
+TEST(Scanner, HeaderFields) {
+  EXPECT_EQ(headerCharset(S("text/html; charset=UTF-8")), S("UTF-8"));
+  EXPECT_EQ(headerCharset(S("text/html; charset = \"utf-8\"; x")), S("utf-8"));
+  EXPECT_EQ(headerCharset(S("text/html;CHARSET='latin1'")), S("latin1"));
+  EXPECT_EQ(headerCharset(S("text/html; xcharset=koi8-r>")), S("koi8-r"));
+  EXPECT_EQ(headerCharset(S("charset=\"\" charset=b")), S("b"));  // an empty quoted value fails
+  EXPECT_EQ(headerCharset(S("charset=;")), S(""));
+  EXPECT_TRUE(headerCharset(S("text/html")).isNull());
+  EXPECT_TRUE(headerCharset(String()).isNull());
+
+  EXPECT_EQ(headerRefresh(S("5; URL=http://x.org/a b")), S("http://x.org/a"));
+  EXPECT_EQ(headerRefresh(S("0;url='http://x.org/'")), S("http://x.org/"));
+  EXPECT_EQ(refreshInterval(S(" 15; url=x")), 15);
+  EXPECT_EQ(refreshInterval(S("-3")), -3);
+  EXPECT_EQ(refreshInterval(S("none")), 0);
+
+  EXPECT_EQ(headerFieldNamed(S("a; NAME=value; b"), S("NAME")), S("value"));
+  EXPECT_EQ(headerFieldNamed(S("NAME= value"), S("NAME")), S(" value"));  // not tolerant
+  EXPECT_EQ(headerFieldNamed(S("NAME='a;b'"), S("NAME")), S("a;b"));
+  EXPECT_EQ(headerFieldNamed(S("NAME=\"a;b\""), S("NAME")), S("\"a"));
+  EXPECT_EQ(headerFieldNamed(S("NAME=|a;b|"), S("NAME"), u'|'), S("a;b"));
+  EXPECT_EQ(headerFieldNamed(S("NAME=a b c"), S("NAME"), u'\'', 0), S("a b c"));
+  EXPECT_EQ(headerFieldNamed(S("NAME=a,b"), S("NAME"), u'\'', u','), S("a"));
+  EXPECT_TRUE(headerFieldNamed(S("NAME=a"), S("")).isNull());
+  EXPECT_EQ(HTTPHeaderFieldNamed(S("Digest REALM=\"a,b\", NONCE=x, y"), S("NONCE")), S("x"));
+  EXPECT_EQ(HTTPHeaderFieldNamed(S("REALM=\"a,b\""), S("REALM")), S("a,b"));
+}
+
+TEST(Scanner, TagWidthAndHeight) {
+  struct Case {
+    const char* tag;
+    bool result;
+    int width, height;
+  };
+  const Case cases[] = {
+      {"<img width=20 height=30>", true, 20, 30},
+      {"<img width=\"20px\" heigh=\"7\">", true, 20, 7},
+      {"<img width=20 height=0 heigh=9>", true, 20, 9},
+      {"<img style=\"width: 10px; height: 12px\">", true, 10, 12},
+      {"<img width=0 style=\"height: 12px\">", false, 0, 0},
+      {"<img width=-4 height=2>", false, -4, 2},
+      {"<img w=1>", false, 0, 0},  // fewer than 10 units
+      {"<img src=x.png>", false, 0, 0},
+  };
+  for (const Case& c : cases) {
+    const String tag = S(c.tag);
+    int width = -99, height = -99;
+    EXPECT_EQ(getTagWidth(&width, &height, tag), c.result) << c.tag;
+    EXPECT_EQ(width, c.width) << c.tag;
+    EXPECT_EQ(height, c.height) << c.tag;
+    int w2 = -99, h2 = -99;
+    EXPECT_EQ(getTagWidth(&w2, &h2, tag.data(), tag.length()), c.result) << c.tag;
+    EXPECT_EQ(w2, c.width) << c.tag;
+  }
+}
+
+TEST(Scanner, BackgroundStyleURL) {
+  struct Case {
+    const char* tag;
+    const char* expected;
+  };
+  const Case cases[] = {
+      {"<td style=\"background: url('a.png') no-repeat\">", "a.png"},
+      {"<td style=\"BACKGROUND-IMAGE: URL(''b.png'');background-repeat:no-repeat\">", "b.png"},
+      {"<td style='background: url(\"c.png\") no-repeat'>", "\"c.png\""},
+      {"<td style=\"background: url(a.png)\">", nullptr},
+      {"<td style=\"color: red; no-repeat url(a.png)\">", nullptr},
+      {"</td style=\"background: url(a.png) no-repeat\">", nullptr},
+      {"<td style=\"background: url() no-repeat\">", nullptr},
+  };
+  for (const Case& c : cases) {
+    const std::u16string tag = utf8ToUtf16(c.tag);
+    const String url = backgroundStyleURLOfTagCharacters(tag.data(), tag.size());
+    if (c.expected == nullptr) {
+      EXPECT_TRUE(url.isNull()) << c.tag;
+    } else {
+      EXPECT_EQ(url, S(c.expected)) << c.tag;
+    }
+  }
+}
+
+// ---------------------------------------------------------------------------
+// Real pages
+
+std::vector<std::filesystem::path> pythonDocPages() {
+  std::vector<std::filesystem::path> pages;
+  const std::filesystem::path root = "/usr/share/doc/python3.11/html";
+  if (!std::filesystem::exists(root)) return pages;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
+    if (entry.is_regular_file() && entry.path().extension() == ".html") pages.push_back(entry.path());
+  }
+  std::sort(pages.begin(), pages.end());
+  return pages;
+}
+
+std::string readFile(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::stringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+// A straightforward reading of the same rules, unit by unit, with no jumps:
+// it counts the tags of each kind and the units of text outside tags.
+struct NaiveCount {
+  size_t kinds[4] = {0, 0, 0, 0};
+  size_t textUnits = 0;
+};
+
+NaiveCount naiveCount(const std::u16string& s) {
+  NaiveCount count;
+  const size_t n = s.size();
+  size_t i = 0, previousEnd = 0;
+  auto lower = [](char16_t c) { return static_cast<char16_t>(c | 32); };
+  auto closingAt = [&](size_t at, const char* word) {
+    const size_t w = std::strlen(word);
+    if (at + 2 + w > n || s[at] != '<' || s[at + 1] != '/') return false;
+    for (size_t k = 0; k < w; ++k)
+      if (lower(s[at + 2 + k]) != word[k]) return false;
+    return true;
+  };
+  while (i < n) {
+    if (s[i] != '<') {
+      ++i;
+      continue;
+    }
+    const size_t start = i;
+    int mode = 1;
+    bool shortComment = false;
+    if (i + 2 < n && s[i + 1] == '!' && (s[i + 2] == '[' || s[i + 2] == '-')) {
+      mode = s[i + 2] == '[' ? 3 : 2;
+      shortComment = mode == 2 && (i + 3 >= n || s[i + 3] != '-');
+      i += 3;
+    } else {
+      ++i;
+    }
+    bool valueExpected = false, inDouble = false, inSingle = false, ended = false;
+    for (; i < n && !ended; ++i) {
+      const char16_t c = s[i];
+      if (mode == 1) {
+        if (c == '=' && !inDouble && !inSingle) valueExpected = true;
+        if (c == '"') inDouble = valueExpected ? (valueExpected = false, true) : false;
+        if (c == '\'') inSingle = valueExpected ? (valueExpected = false, true) : false;
+        if (c == '>' && !inDouble && !inSingle) ended = true;
+      } else if (c == '>') {
+        if (mode == 2) {
+          ended = shortComment
+                      ? s[i - 1] == '-'
+                      : (s[i - 1] == '-' && s[i - 2] == '-') || (s[i - 1] == '!' && s[i - 2] == '-' && s[i - 3] == '-');
+        } else {
+          ended = s[i - 1] == ']' || (s[i - 1] == '-' && s[i - 2] == '-' && s[i - 3] == ']');
+        }
+      }
+    }
+    if (!ended) {
+      if (mode != 1) {
+        ++count.kinds[mode];
+        count.textUnits += start - previousEnd;
+        previousEnd = n;
+      }
+      break;
+    }
+    // Script and style elements without a comment inside are one tag.
+    if (mode == 1) {
+      size_t k = start + 1;
+      while (k < i && !((s[k] | 32) >= 'a' && (s[k] | 32) <= 'z')) ++k;
+      for (const char* word : {"script", "style"}) {
+        const size_t w = std::strlen(word);
+        bool same = k + w < i && !((s[k + w] | 32) >= 'a' && (s[k + w] | 32) <= 'z');
+        for (size_t m = 0; same && m < w; ++m) same = lower(s[k + m]) == word[m];
+        if (!same || s[start + 1] == '/' || s[i - 2] == '/') continue;
+        size_t close = i;
+        while (close < n && !closingAt(close, word)) ++close;
+        if (close < n) {
+          while (close < n && s[close] != '>') ++close;
+          i = close < n ? close + 1 : n;
+        }
+      }
+    }
+    ++count.kinds[mode];
+    count.textUnits += start - previousEnd;
+    previousEnd = i;
+  }
+  count.textUnits += n - previousEnd;
+  ++count.kinds[0];
+  return count;
+}
+
+TEST(ScannerOnRealPages, KeepsInvariantsAndAgreesWithANaiveCount) {
+  const auto pages = pythonDocPages();
+  if (pages.size() < 100) GTEST_SKIP() << "python3.11-doc is not installed";
+  size_t tags = 0;
+  for (const auto& path : pages) {
+    const String text = String::fromUtf8(readFile(path));
+    NaiveCount seen;
+    size_t lastEnd = 0, lastPrevious = 0;
+    bool ok = true;
+    const size_t n = text.length();
+    GetTagsOfString(text, [&](unichar* c, size_t nameLocation, size_t nameLength, size_t tagLocation, size_t tagLength,
+                              size_t previousTagEnd, unsigned kind) {
+      ok = ok && kind <= 3 && tagLocation <= n && tagLength <= n - tagLocation && previousTagEnd <= tagLocation &&
+           previousTagEnd >= lastPrevious && previousTagEnd == lastEnd && seen.kinds[0] == 0;
+      if (nameLocation != NotFound) {
+        ok = ok && kind == 1 && nameLocation > tagLocation && nameLocation + nameLength <= tagLocation + tagLength &&
+             nameLength > 0 && text::isInRep(text::alphaCharacterSetRep(), c[nameLocation]);
+      } else {
+        ok = ok && nameLength == 0;
+      }
+      if (kind != 0)
+        ok = ok && c[tagLocation] == '<' && (c[tagLocation + tagLength - 1] == '>' || tagLocation + tagLength == n);
+      ++seen.kinds[kind];
+      seen.textUnits += tagLocation - previousTagEnd;
+      lastPrevious = previousTagEnd;
+      lastEnd = tagLocation + tagLength;
+      return false;
+    });
+    ASSERT_TRUE(ok) << path;
+    const NaiveCount expected = naiveCount(std::u16string(text.view()));
+    for (int kind = 0; kind < 4; ++kind) EXPECT_EQ(seen.kinds[kind], expected.kinds[kind]) << path << " kind " << kind;
+    EXPECT_EQ(seen.textUnits, expected.textUnits) << path;
+    EXPECT_EQ(seen.kinds[0], 1u) << path;
+    tags += seen.kinds[1];
+  }
+  EXPECT_GT(tags, pages.size() * 50);
+}
+
+// The vector search and a plain unit loop agree on every page, also when
+// the page is cut at arbitrary lengths.
+TEST(ScannerOnRealPages, PrefixesOfPagesKeepOneClosingCall) {
+  const auto pages = pythonDocPages();
+  if (pages.size() < 100) GTEST_SKIP() << "python3.11-doc is not installed";
+  for (size_t p = 0; p < pages.size(); p += 25) {
+    const std::u16string page = utf8ToUtf16(readFile(pages[p]));
+    for (size_t cut = 1; cut < page.size(); cut += 997) {
+      size_t closing = 0, last = 0;
+      bool ordered = true;
+      scanTags(page.data(), cut,
+               [&](const unichar*, size_t, size_t, size_t tagLocation, size_t tagLength, size_t previousTagEnd,
+                   unsigned kind) {
+                 ordered = ordered && previousTagEnd >= last && tagLocation + tagLength <= cut;
+                 last = previousTagEnd;
+                 closing += kind == 0;
+                 return false;
+               });
+      ASSERT_EQ(closing, 1u) << pages[p] << " cut at " << cut;
+      ASSERT_TRUE(ordered) << pages[p] << " cut at " << cut;
+    }
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <ostream>
 
 #include "norvane/core/unicode.h"
 
@@ -53,6 +54,10 @@ String String::substring(Range range) const {
 
 String String::substring(size_t from) const {
   return substring(Range{from, NotFound});
+}
+
+std::ostream& operator<<(std::ostream& out, const String& s) {
+  return s.isNull() ? out << "(null)" : out << s.toUtf8();
 }
 
 }  // namespace norvane

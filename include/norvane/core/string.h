@@ -10,6 +10,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -114,6 +115,9 @@ class String {
   static constexpr unichar kEmptyUnit = 0;
   Rep* rep_ = nullptr;
 };
+
+// Writes the UTF-8 form; "(null)" for the null string. For tests and logs.
+std::ostream& operator<<(std::ostream& out, const String& s);
 
 struct StringHash {
   size_t operator()(const String& s) const { return std::hash<std::u16string_view>()(s.view()); }

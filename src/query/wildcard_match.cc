@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include "norvane/query/wildcards.h"
 

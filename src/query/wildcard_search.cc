@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <unordered_set>
 
 #include "norvane/query/wildcards.h"
@@ -206,7 +207,10 @@ Range FindWildcardStringInCharacters(const FastWordEnumerator& enumerator, size_
     return FindWildcardInCharacters(enumerator, from, to, word.data(), word.length(), comparison, minCharacters,
                                     anchored, searchForward, lone, selects);
   };
-  if (pattern.length() < 3 || words.size() < 2) return findWord(words[0], start, end, false, forward, loneStar, false);
+  // One word is searched without the separators around it, so that a quoted
+  // word ("\"word\"") is found like the bare word.
+  if (words.size() == 1) return findWord(words[0], start, end, false, forward, loneStar, false);
+  if (pattern.length() < 3) return findWord(pattern, start, end, false, forward, loneStar, false);
 
   size_t searchStart = start;
   size_t searchEnd = end;

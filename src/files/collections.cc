@@ -98,7 +98,11 @@ int sortLocalizedCaseInsensitiveAscending(const String& a, const String& b) {
   static std::mutex mutex;
   static std::unique_ptr<icu::Collator> collator = [] {
     UErrorCode status = U_ZERO_ERROR;
-    std::unique_ptr<icu::Collator> c(icu::Collator::createInstance(status));
+    // The C locale's collation orders capitals apart from small letters
+    // even at secondary strength; it means "no preference", so use root.
+    icu::Locale locale = icu::Locale::getDefault();
+    if (std::string_view(locale.getName()) == "en_US_POSIX") locale = icu::Locale::getRoot();
+    std::unique_ptr<icu::Collator> c(icu::Collator::createInstance(locale, status));
     if (U_FAILURE(status)) return std::unique_ptr<icu::Collator>();
     c->setStrength(icu::Collator::SECONDARY);
     return c;

@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,9 +55,24 @@ struct TemporaryState {
   int lockFd = -1;
 };
 
+// A forked child is a process of its own: it forgets the parent's
+// directory (and lock) and makes its own at its first use.
+void forgetAfterFork();
+
 TemporaryState& state() {
-  static TemporaryState s;
-  return s;
+  static TemporaryState* s = [] {
+    pthread_atfork(nullptr, nullptr, forgetAfterFork);
+    return new TemporaryState();
+  }();
+  return *s;
+}
+
+void forgetAfterFork() {
+  TemporaryState& s = state();
+  new (&s.mutex) std::mutex();  // the parent may have held it while forking
+  s.path.clear();
+  if (s.lockFd >= 0) ::close(s.lockFd);
+  s.lockFd = -1;
 }
 
 std::string programName() {

@@ -25,7 +25,15 @@ class WordTest {
         table_(table),
         fuzzy_(comparison & kComparisonFuzzy),
         minLength_(minWildcardLen(pattern, pattern + size)),
-        maxLength_(maxWildcardLen(pattern, pattern + size)) {}
+        maxLength_(maxWildcardLen(pattern, pattern + size)) {
+    const unichar first = size ? pattern[0] : u'*';
+    hasFirstUnit_ = !fuzzy_ && first != u'*' && first != u'?' && first != u'[';
+    firstUnit_ = first;
+  }
+
+  // A cheap test before the word's end is even looked up: whether a word
+  // that begins with this unit cannot match.
+  bool rejectsFirstUnit(unichar u) const { return hasFirstUnit_ && (table_ ? table_[u] : u) != firstUnit_; }
 
   bool matches(const unichar* word, size_t length) const {
     switch (type_) {
@@ -104,6 +112,8 @@ class WordTest {
   bool fuzzy_;
   size_t minLength_;
   size_t maxLength_;
+  bool hasFirstUnit_;
+  unichar firstUnit_;
 };
 
 Range clipRange(Range range, size_t length) {
@@ -174,14 +184,19 @@ Range FindWildcardInCharacters(const FastWordEnumerator& enumerator, size_t star
   const unichar* characters = enumerator.characters();
 
   if (forward) {
+    const uint8_t* index = enumerator.index();
     const size_t limit = std::min(end, textLength);
-    for (size_t from = start;;) {
-      const Range word = enumerator.rangeOfNextWordFromIndex(from, limit);
-      if (!word.found()) return NotFoundRange;
-      if (test.matches(characters + word.location, word.length)) return word;
+    for (size_t i = start; i < limit; ++i) {
+      if (!(index[i] & FastWordEnumerator::kWordBeginning)) continue;
+      if (!test.rejectsFirstUnit(characters[i])) {
+        size_t last = i;
+        while (last + 1 < textLength && !(index[last] & FastWordEnumerator::kWordEnd)) ++last;
+        if (test.matches(characters + i, last - i + 1)) return {i, last - i + 1};
+        i = last;
+      }
       if (anchored) return NotFoundRange;
-      from = word.end();
     }
+    return NotFoundRange;
   }
   if (textLength == 0) return NotFoundRange;
   for (size_t from = std::min(end, textLength) - 1;;) {

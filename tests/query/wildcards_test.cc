@@ -367,6 +367,8 @@ TEST(Wildcards, LoneStar) {
   EXPECT_EQ(findStar(2, 12, true, true, true), (Range{6, 3}));
   EXPECT_EQ(findStar(2, 12, true, true, false), (Range{6, 3}));
   EXPECT_EQ(findStar(0, 16, true, true, false), (Range{10, 5}));
+  const std::u16string stars = u"***";  // reduced to one star
+  EXPECT_EQ(FindWildcardInCharacters(*e, 0, 16, stars.data(), 3, 0, 1, false, true, true, true), (Range{1, 3}));
   EXPECT_EQ(find(u"one two", u"*"), NotFoundRange);
   EXPECT_EQ(find(u"one two", u"**"), NotFoundRange);
 }

@@ -79,7 +79,11 @@ void serveConnection(int fd) {
   if (!name) return false;
   if (const char* log = std::getenv("NORVANE_FAKE_HELPER_LOG")) std::ofstream(log, std::ios::app) << ::getpid() << "\n";
   const char* mode = std::getenv("NORVANE_FAKE_HELPER_MODE");
-  if (mode && std::strcmp(mode, "exit") == 0) ::_exit(0);
+  if (mode && std::strcmp(mode, "exit") == 0) {
+    // Seen running by the launcher, gone before it could connect.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    ::_exit(0);
+  }
   int listener = listenOn(wire::namedSocketPath(name));
   if (listener < 0) ::_exit(1);
   for (;;) {

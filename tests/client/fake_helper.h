@@ -2,7 +2,7 @@
 // started with NORVANE_FAKE_HELPER set to a registered name: it serves that
 // name and never returns. NORVANE_FAKE_HELPER_MODE changes what it does:
 //   "serve"  (default) answers requests, see fake_helper.cc
-//   "exit"   exits at once without registering
+//   "exit"   exits after 0.2 seconds without registering
 // NORVANE_FAKE_HELPER_LOG, when set, is a file that gets one line per start.
 //
 // FakeServer serves the same answers on a thread of the test process.

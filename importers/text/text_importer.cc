@@ -10,6 +10,7 @@
 #include <unicode/ucnv.h>
 #include <unicode/ustring.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <fstream>
@@ -118,10 +119,12 @@ uint32_t release(void* self) {
 }
 
 int32_t importFile(void*, NorvaneAttributes* attributes, const char*, const char* path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(path, std::ios::binary | std::ios::ate);
   if (!in) return 0;
-  std::string bytes;
-  bytes.resize(kMaxBytes);
+  std::streamoff size = in.tellg();
+  if (size < 0) return 0;
+  in.seekg(0);
+  std::string bytes(std::min(static_cast<size_t>(size), kMaxBytes), '\0');
   in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   bytes.resize(static_cast<size_t>(in.gcount()));
   std::u16string text = decodeText(bytes);

@@ -1,7 +1,9 @@
 // Importers that take every file they are offered. Each factory tags its
 // attributes so that a test can tell which one ran and how it was called.
+#include <chrono>
 #include <cstdio>
 #include <string>
+#include <thread>
 
 #include "plugin_base.h"
 
@@ -46,10 +48,18 @@ int32_t importRichFile(void*, NorvaneAttributes* a, const char*, const char*) {
   return 1;
 }
 
+// Takes its time, for requests that are still running when others come.
+int32_t importSlowly(void* self, NorvaneAttributes* a, const char* contentType, const char* path) {
+  std::this_thread::sleep_for(std::chrono::seconds(30));
+  return importFile(self, a, contentType, path);
+}
+
 constexpr NorvaneImporterInterface kTable = {nullptr, testplugin::queryInterface, testplugin::addRef,
                                              testplugin::release, importFile};
 constexpr NorvaneImporterInterface kRichTable = {nullptr, testplugin::queryInterface, testplugin::addRef,
                                                  testplugin::release, importRichFile};
+constexpr NorvaneImporterInterface kSlowTable = {nullptr, testplugin::queryInterface, testplugin::addRef,
+                                                 testplugin::release, importSlowly};
 
 }  // namespace
 
@@ -70,4 +80,7 @@ TEST_PLUGIN_EXPORT void* RichFactory(const char* type) {
 }
 TEST_PLUGIN_EXPORT void* NullFactory(const char*) {
   return nullptr;
+}
+TEST_PLUGIN_EXPORT void* SlowFactory(const char* type) {
+  return testplugin::make<&kSlowTable>(type, NORVANE_IMPORTER_INTERFACE_ID, 6);
 }

@@ -3,7 +3,11 @@
 #include <fnmatch.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -484,6 +488,80 @@ TEST(Wildcards, WordListsAndMatchedStrings) {
   EXPECT_EQ(folded[1], String(u"cat"));
   EXPECT_TRUE(findStringsMatchingWildcards(String(), {String(u"a")}, 0, 1).empty());
   EXPECT_TRUE(findStringsMatchingWildcards(text, {String(u"zebra")}, 0, 1).empty());
+}
+
+}  // namespace
+}  // namespace norvane::query
+
+namespace norvane::query {
+namespace {
+
+// Python manual pages, tags stripped crudely; empty if the package is absent.
+String pythonDocText(size_t files) {
+  const std::filesystem::path root = "/usr/share/doc/python3.11/html/library";
+  std::error_code error;
+  if (!std::filesystem::is_directory(root, error)) return String();
+  std::vector<std::filesystem::path> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(root, error))
+    if (entry.path().extension() == ".html") paths.push_back(entry.path());
+  std::sort(paths.begin(), paths.end());
+  std::string text;
+  for (size_t i = 0; i < paths.size() && i < files; ++i) {
+    std::ifstream in(paths[i], std::ios::binary);
+    std::stringstream buffer;
+    buffer << in.rdbuf();
+    bool inTag = false;
+    for (char c : buffer.str()) {
+      if (c == '<') inTag = true;
+      if (!inTag) text += c;
+      if (c == '>') inTag = false;
+    }
+  }
+  return String::fromUtf8(text);
+}
+
+// The word-wise search, with its shortcuts per pattern form, against the
+// general matcher applied to every word of a real text, in both directions.
+TEST(Wildcards, SearchAgreesWithMatcherOnRealText) {
+  const String text = pythonDocText(8);
+  if (text.isEmpty()) GTEST_SKIP() << "python3.11-doc is not installed";
+  auto e = FastWordEnumerator::enumeratorWithString(text);
+  const char16_t* patterns[] = {u"return", u"inter*", u"*tion",   u"*ing*",   u"f?le",           u"py*n",  u"*e?",
+                                u"[a-c]*", u"*[0-9]", u"[^a-z]*", u"s[a-z]?", u"*[aeiou]*[xyz]", u"i*n*g", u"RETURN"};
+  size_t total = 0;
+  for (const char16_t* p : patterns) {
+    const String pattern(p);
+    for (unsigned comparison : {0u, kComparisonCaseInsensitive}) {
+      const bool insensitive = comparison & kComparisonCaseInsensitive;
+      std::vector<Range> expected;
+      e->enumerateWordsInRange({0, text.length()}, [&](const FastWordEnumerator& en, size_t l, size_t n) {
+        const String word = en.substringWithRange({l, n});
+        if (insensitive ? isCaseInsensitiveLikeUnixWildcard(word, pattern) : isLikeUnixWildcard(word, pattern))
+          expected.push_back({l, n});
+        return false;
+      });
+      std::vector<Range> forward;
+      for (size_t from = 0;;) {
+        const Range hit = FindWildcardInCharacters(*e, from, text.length(), pattern.data(), pattern.length(),
+                                                   comparison, 1, false, true, false, false);
+        if (!hit.found()) break;
+        forward.push_back(hit);
+        from = hit.end();
+      }
+      std::vector<Range> backward;
+      for (size_t to = text.length();;) {
+        const Range hit = FindWildcardInCharacters(*e, 0, to, pattern.data(), pattern.length(), comparison, 1, false,
+                                                   false, false, false);
+        if (!hit.found()) break;
+        backward.insert(backward.begin(), hit);
+        to = hit.location;
+      }
+      EXPECT_EQ(forward, expected) << pattern.toUtf8() << " comparison " << comparison;
+      EXPECT_EQ(backward, expected) << pattern.toUtf8() << " comparison " << comparison;
+      total += expected.size();
+    }
+  }
+  EXPECT_GT(total, 1000u);
 }
 
 }  // namespace

@@ -121,6 +121,17 @@ Range clipRange(Range range, size_t length) {
   return {location, std::min(range.length, length - location)};
 }
 
+// Whether the pattern is one word as it stands, without indexing it: no
+// separator, and no unit that the Asian split could cut at.
+bool isSingleWordPattern(const String& pattern) {
+  const text::CharacterSetRep separators = defaultWildcardSeparators();
+  const bool splitAsian = FastWordEnumerator::splitAsianWords();
+  for (unichar u : pattern.view()) {
+    if (text::isInRep(separators, u) || (splitAsian && u >= 0x3000)) return false;
+  }
+  return true;
+}
+
 std::unique_ptr<FastWordEnumerator> enumeratorForSearch(const String& text) {
   return FastWordEnumerator::enumeratorWithString(text);
 }
@@ -214,6 +225,10 @@ Range FindWildcardStringInCharacters(const FastWordEnumerator& enumerator, size_
                                      const String& pattern, unsigned comparison, size_t minCharacters, bool forward,
                                      bool loneStar) {
   if (pattern.isEmpty()) return NotFoundRange;
+  if (isSingleWordPattern(pattern)) {
+    return FindWildcardInCharacters(enumerator, start, end, pattern.data(), pattern.length(), comparison, minCharacters,
+                                    false, forward, loneStar, false);
+  }
   bool hyphenated = false;
   const std::vector<String> words = wordsUsingWildcardSeparation(pattern, &hyphenated);
   if (words.empty()) return NotFoundRange;

@@ -84,32 +84,37 @@ struct NamedPeer {
   Clock::time_point partialSince;
 };
 
-// Reads what is there and answers every complete frame. False when the
-// connection has to close.
-bool serviceNamedPeer(NamedPeer& peer, NorvaneHelper& helper, wire::Bytes& out) {
-  size_t old = peer.input.size();
-  peer.input.resize(old + kReadChunk);
+// Reads what is there and answers every complete frame; bytes of a frame
+// not yet complete wait in the peer's buffer. False when the connection has
+// to close.
+bool serviceNamedPeer(NamedPeer& peer, NorvaneHelper& helper, wire::Bytes& chunk, wire::Bytes& out) {
   ssize_t n;
-  do n = ::recv(peer.fd, peer.input.data() + old, kReadChunk, MSG_DONTWAIT);
+  do n = ::recv(peer.fd, chunk.data(), chunk.size(), MSG_DONTWAIT);
   while (n < 0 && errno == EINTR);
-  if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
-    n = 0;
-  else if (n <= 0)
-    return false;
-  peer.input.resize(old + static_cast<size_t>(n));
+  if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) return true;
+  if (n <= 0) return false;
 
+  bool buffered = !peer.input.empty();
+  if (buffered) peer.input.insert(peer.input.end(), chunk.begin(), chunk.begin() + n);
+  std::span<const uint8_t> pending =
+      buffered ? std::span<const uint8_t>(peer.input) : std::span<const uint8_t>(chunk.data(), static_cast<size_t>(n));
   size_t offset = 0;
   for (;;) {
     std::span<const uint8_t> body;
     size_t consumed = 0;
-    wire::IoStatus status = wire::parseFrame(std::span<const uint8_t>(peer.input).subspan(offset), body, consumed);
+    wire::IoStatus status = wire::parseFrame(pending.subspan(offset), body, consumed);
     if (status == wire::IoStatus::Truncated) break;
     if (status != wire::IoStatus::Ok) return false;
     if (!answer(peer.fd, body, helper, wire::Protocol::ServiceObject, out)) return false;
     offset += consumed;
   }
-  peer.input.erase(peer.input.begin(), peer.input.begin() + static_cast<ptrdiff_t>(offset));
-  if (!peer.input.empty() && (offset > 0 || old == 0)) peer.partialSince = Clock::now();
+  if (buffered) {
+    peer.input.erase(peer.input.begin(), peer.input.begin() + static_cast<ptrdiff_t>(offset));
+  } else {
+    peer.input.assign(pending.begin() + static_cast<ptrdiff_t>(offset), pending.end());
+  }
+  // A partial frame is timed from when it began.
+  if (!peer.input.empty() && (offset > 0 || !buffered)) peer.partialSince = Clock::now();
   return true;
 }
 
@@ -188,7 +193,7 @@ void runMainLoop(NorvaneHelper& helper, int namedListenFd) {
 
   std::vector<NamedPeer> peers;
   std::vector<pollfd> polled;
-  wire::Bytes out;
+  wire::Bytes chunk(kReadChunk), out;
   for (;;) {
     polled.clear();
     polled.push_back({queue.eventFd, POLLIN, 0});
@@ -214,7 +219,7 @@ void runMainLoop(NorvaneHelper& helper, int namedListenFd) {
     for (size_t i = peers.size(); i-- > 0;) {
       NamedPeer& peer = peers[i];
       bool keep = true;
-      if (i < polledPeers && polled[i + 2].revents) keep = serviceNamedPeer(peer, helper, out);
+      if (i < polledPeers && polled[i + 2].revents) keep = serviceNamedPeer(peer, helper, chunk, out);
       if (keep && !peer.input.empty() && now - peer.partialSince > std::chrono::milliseconds(kTimeoutMs)) keep = false;
       if (!keep) {
         ::close(peer.fd);

@@ -97,11 +97,14 @@ String decodeWhole(std::string_view data, NSStringEncoding encoding) {
   return stringWithBytesStrict(data, encoding);
 }
 
-// The first of `encodings` that yields units.
-String decodeWithFallbacks(std::string_view data, std::span<const CFStringEncoding> encodings) {
+// The first of `encodings` that yields units; `used` receives it.
+String decodeWithFallbacks(std::string_view data, std::span<const CFStringEncoding> encodings, NSStringEncoding& used) {
   for (CFStringEncoding encoding : encodings) {
     Pass pass = decodePass(data, nsEncodingFromCFEncoding(encoding));
-    if (pass.exists()) return pass.text;
+    if (pass.exists()) {
+      used = nsEncodingFromCFEncoding(encoding);
+      return pass.text;
+    }
   }
   return String();
 }
@@ -184,8 +187,13 @@ Data markupData(const String& s, NSStringEncoding* encoding) {
   return Data(ascii.begin(), ascii.end());
 }
 
-String stringWithMarkupData(std::string_view data, const String& encodingName, NSStringEncoding defaultEncoding,
-                            const String&) {
+namespace {
+
+// The decoding of stringWithMarkupData; `used` receives the encoding of the
+// result.
+String decodeMarkupData(std::string_view data, const String& encodingName, NSStringEncoding defaultEncoding,
+                        NSStringEncoding& used) {
+  used = NSASCIIStringEncoding;
   if (data.empty()) return String::empty();
   NSStringEncoding first = defaultEncoding;
   bool named = false;
@@ -206,7 +214,10 @@ String stringWithMarkupData(std::string_view data, const String& encodingName, N
   NSStringEncoding declared = 0;
   if (a.exists()) {
     declared = markupEncoding(a.text);
-    if (declared == first || declared == NSASCIIStringEncoding || declared == kInvalidEncoding) return a.text;
+    if (declared == first || declared == NSASCIIStringEncoding || declared == kInvalidEncoding) {
+      used = first;
+      return a.text;
+    }
   }
 
   const NSStringEncoding big5 = nsEncodingFromCFEncoding(kCFStringEncodingBig5);
@@ -225,30 +236,52 @@ String stringWithMarkupData(std::string_view data, const String& encodingName, N
     if (a.exists() && named && first == NSUTF8StringEncoding &&
         (declared == NSWindowsCP1251StringEncoding || declared == NSISOLatin1StringEncoding) && a.replacements == 0 &&
         b.replacements == 0 && b.text.length() > a.text.length()) {
+      used = first;
       return a.text;
     }
-    if (!named || !a.exists() || b.replacements <= a.replacements) return b.text;
+    if (!named || !a.exists() || b.replacements <= a.replacements) {
+      used = declared;
+      return b.text;
+    }
+    used = first;
     return a.text;
   }
 
   if (declared == NSShiftJISStringEncoding) {
-    String text = decodeWithFallbacks(data, japaneseFallbackEncodings());
+    String text = decodeWithFallbacks(data, japaneseFallbackEncodings(), used);
     if (!text.isNull()) return text;
   } else if (declared == nsEncodingFromCFEncoding(kCFStringEncodingEUC_CN)) {
-    String text = decodeWithFallbacks(data, chineseFallbackEncodings());
+    String text = decodeWithFallbacks(data, chineseFallbackEncodings(), used);
     if (!text.isNull()) return text;
   } else if (a.exists()) {
+    used = first;
     return a.text;
   }
 
+  used = kInvalidEncoding;
   if (first != declared) {
     String text = decodeWhole(data, first);
-    if (text.isNull() && defaultEncoding != declared && defaultEncoding != first) {
+    if (!text.isNull()) {
+      used = first;
+      return text;
+    }
+    if (defaultEncoding != declared && defaultEncoding != first) {
       text = decodeWhole(data, defaultEncoding);
+      if (!text.isNull()) used = defaultEncoding;
     }
     return text;
   }
   return String();
+}
+
+}  // namespace
+
+String stringWithMarkupData(std::string_view data, const String& encodingName, NSStringEncoding defaultEncoding,
+                            const String&, NSStringEncoding* usedEncoding) {
+  NSStringEncoding used;
+  String text = decodeMarkupData(data, encodingName, defaultEncoding, used);
+  if (usedEncoding) *usedEncoding = used;
+  return text;
 }
 
 String stringWithMarkupData(std::string_view data, NSStringEncoding defaultEncoding) {

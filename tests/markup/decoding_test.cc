@@ -164,7 +164,9 @@ TEST(StringWithMarkupData, DeclaredCharsetSettlesTheEncoding) {
       std::string utf8 = page(head.c_str(), sample.text);
       std::string bytes = icuEncode(sample.converter, utf8);
       // The first pass with UTF-8 is wrong; the declaration corrects it.
-      EXPECT_EQ(stringWithMarkupData(bytes, NSUTF8StringEncoding), s(utf8));
+      NSStringEncoding used = 0;
+      EXPECT_EQ(stringWithMarkupData(bytes, String(), NSUTF8StringEncoding, String(), &used), s(utf8));
+      EXPECT_EQ(used, sample.encoding);
       // A first pass in the right encoding stands.
       EXPECT_EQ(stringWithMarkupData(bytes, sample.encoding), s(utf8));
     }
@@ -212,10 +214,13 @@ TEST(StringWithMarkupData, ByteOrderMarks) {
 TEST(StringWithMarkupData, Utf8PageDeclaringLatin1) {
   std::string utf8 = page("<meta charset=\"iso-8859-1\">", "Größe und Maß");
   String latin1Reading = stringWithBytes(utf8, NSISOLatin1StringEncoding);
+  NSStringEncoding used = 0;
   // Without a name the declared reading is taken.
-  EXPECT_EQ(stringWithMarkupData(utf8, NSUTF8StringEncoding), latin1Reading);
+  EXPECT_EQ(stringWithMarkupData(utf8, String(), NSUTF8StringEncoding, String(), &used), latin1Reading);
+  EXPECT_EQ(used, NSISOLatin1StringEncoding);
   // With UTF-8 by name both readings are clean and the shorter one stands.
-  EXPECT_EQ(stringWithMarkupData(utf8, s("utf-8"), NSUTF8StringEncoding, String()), s(utf8));
+  EXPECT_EQ(stringWithMarkupData(utf8, s("utf-8"), NSUTF8StringEncoding, String(), &used), s(utf8));
+  EXPECT_EQ(used, NSUTF8StringEncoding);
 }
 
 TEST(StringWithMarkupData, NamedFirstPassAgainstDeclaredEncoding) {
@@ -249,7 +254,11 @@ TEST(StringWithMarkupData, EmptyAndUndecodable) {
   // Two bytes are too few for a byte-order mark: they are UTF-8 here.
   EXPECT_EQ(stringWithMarkupData("\xFF\xFE", NSUTF8StringEncoding), s("\xEF\xBF\xBD\xEF\xBF\xBD"));
   // An unavailable default yields nothing at all.
-  EXPECT_TRUE(stringWithMarkupData("abc", nsEncodingFromCFEncoding(kCFStringEncodingMacArabic)).isNull());
+  NSStringEncoding used = 0;
+  EXPECT_TRUE(
+      stringWithMarkupData("abc", String(), nsEncodingFromCFEncoding(kCFStringEncodingMacArabic), String(), &used)
+          .isNull());
+  EXPECT_EQ(used, kInvalidEncoding);
   // Malformed bytes become U+FFFD.
   EXPECT_EQ(stringWithMarkupData("a\xFF"
                                  "b",

@@ -44,8 +44,10 @@ Data markupData(const String& s, NSStringEncoding* encoding = nullptr);
 // `defaultEncoding`; a non-empty `encodingName` of an available encoding
 // overrides both. Empty data gives an empty string; the result is null only
 // when no candidate decodes at all. `url` takes part in no decision.
+// `usedEncoding` (may be null) receives the encoding of the result, ASCII for
+// empty data and kInvalidEncoding for a null result.
 String stringWithMarkupData(std::string_view data, const String& encodingName, NSStringEncoding defaultEncoding,
-                            const String& url);
+                            const String& url, NSStringEncoding* usedEncoding = nullptr);
 String stringWithMarkupData(std::string_view data, NSStringEncoding defaultEncoding);
 // The name is the CHARSET of a Content-Type value, if one is given.
 String stringWithMarkupDataAndContentType(std::string_view data, const String& contentType,

@@ -369,6 +369,19 @@ TEST(WordEnumerator, AsianSplitCutsLatinFromHanButKeepsDigits) {
   EXPECT_EQ(types(*plainLatin), "2041204");
 }
 
+TEST(WordEnumerator, JapaneseSplitAndCompounds) {
+  SplitAsianWords on(true);
+  // Kanji and kana: "I live in Tokyo", then a Latin word after a blank.
+  auto e = make(u"\u6771\u4eac\u306b\u4f4f\u3093\u3067\u3044\u307e\u3059 Tokyo");
+  ASSERT_NE(e, nullptr);
+  EXPECT_GT(e->numberOfWords(), 3u);
+  EXPECT_EQ(e->rangeOfWordAtIndex(0), (Range{0, 2}));  // the place name
+  EXPECT_EQ(e->rangeOfWordAtIndex(11), (Range{10, 5}));
+  bool hyphenated = true;
+  words(*e, 1, &hyphenated);
+  EXPECT_FALSE(hyphenated);  // neighbours without a gap are no compound
+}
+
 TEST(WordEnumerator, SplitFlagIsReadWhenIndexing) {
   const String text(u"\u4e2d\u56fdabc");
   std::unique_ptr<FastWordEnumerator> before;

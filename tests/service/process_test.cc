@@ -284,6 +284,32 @@ TEST_F(ProcessTest, NoReplyRequestsAnswerNothing) {
   EXPECT_EQ(reply->id, c.lastId());  // the first reply belongs to the last request
 }
 
+TEST_F(ProcessTest, FramesMayArriveInPiecesOrTogether) {
+  int listener = makeListener();
+  auto helper = start(listener);
+  ::close(listener);
+  for (bool useListener : {false, true}) {
+    Client c = useListener ? viaListener() : named();
+    wire::Bytes first, second, frames;
+    wire::encodeRequest({"ping", 1, {}, false}, first);
+    wire::encodeRequest({"supportsFile:", 2, {Value(u"/no/such/file")}, false}, second);
+    wire::appendFrame(frames, first);
+    wire::appendFrame(frames, second);
+    std::string bytes(frames.begin(), frames.end());
+    // Byte by byte at first, then the rest at once.
+    for (size_t i = 0; i < 3; ++i) {
+      ASSERT_TRUE(c.sendRaw(bytes.substr(i, 1)));
+      std::this_thread::sleep_for(20ms);
+    }
+    ASSERT_TRUE(c.sendRaw(bytes.substr(3)));
+    auto one = c.receive(), two = c.receive();
+    ASSERT_TRUE(one && two) << (useListener ? "listener" : "named");
+    EXPECT_EQ(one->id, 1u);
+    EXPECT_EQ(two->id, 2u);
+    EXPECT_EQ(two->result, Value(false));
+  }
+}
+
 struct BadFrame {
   const char* name;
   std::string bytes;

@@ -99,16 +99,20 @@ String stringWithContentsOfFile(const std::string& path, NSStringEncoding encodi
     return fromDecoded(decodeBytesStrict(*bytes, encoding));
   }
   if (!bytes) return String();
-  NSStringEncoding detected = encodingOfByteOrderMark(*bytes);
+  return stringByDetectingEncoding(*bytes, usedEncoding);
+}
+
+String stringByDetectingEncoding(std::string_view bytes, NSStringEncoding* usedEncoding) {
+  NSStringEncoding detected = encodingOfByteOrderMark(bytes);
   std::optional<std::u16string> units;
-  if (detected != kInvalidEncoding) units = decodeBytesStrict(*bytes, detected);
+  if (detected != kInvalidEncoding) units = decodeBytesStrict(bytes, detected);
   if (!units) {
     detected = NSUTF8StringEncoding;
-    units = utf8ToUtf16Strict(*bytes);
+    units = utf8ToUtf16Strict(bytes);
   }
   if (!units) {
     detected = NSASCIIStringEncoding;
-    units = decodeBytes(*bytes, NSASCIIStringEncoding);
+    units = decodeBytes(bytes, NSASCIIStringEncoding);
   }
   if (usedEncoding) *usedEncoding = detected;
   return fromDecoded(std::move(units));

@@ -123,6 +123,23 @@ TEST_F(StringFiles, AtomicWriteGivesNormalPermissions) {
   EXPECT_EQ(info.st_mode & 0777, 0666 & ~mask);
 }
 
+TEST(StringsFromBytes, DetectingTheEncodingOfBytes) {
+  using namespace std::string_view_literals;
+  NSStringEncoding used = 0;
+  EXPECT_EQ(stringByDetectingEncoding("\xEF\xBB\xBFok", &used), u"ok");
+  EXPECT_EQ(used, NSUTF8StringEncoding);
+  EXPECT_EQ(stringByDetectingEncoding("\xFE\xFF\x00"
+                                      "A"sv,
+                                      &used),
+            u"A");
+  EXPECT_EQ(used, NSUnicodeStringEncoding);
+  // A mark that is not followed by valid text falls through to the next guess.
+  EXPECT_EQ(stringByDetectingEncoding("\xFE\xFF\x00"sv, &used), std::u16string_view(u"\uFFFD\uFFFD\0", 3));
+  EXPECT_EQ(used, NSASCIIStringEncoding);
+  EXPECT_EQ(stringByDetectingEncoding("x\xC3", &used), u"x\uFFFD");
+  EXPECT_EQ(used, NSASCIIStringEncoding);
+}
+
 TEST(StringsFromBytes, StrictDecoding) {
   EXPECT_EQ(stringWithData(Data{'h', 0xC3, 0xA9}, NSUTF8StringEncoding), u"hé");
   EXPECT_TRUE(stringWithData(Data{'h', 0xE9}, NSUTF8StringEncoding).isNull());

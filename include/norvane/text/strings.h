@@ -58,10 +58,13 @@ String stringWithData(const Data& data, NSStringEncoding encoding);
 String stringWithCString(const char* bytes, size_t length, NSStringEncoding encoding);
 String stringWithNullTerminatedCString(const char* bytes, NSStringEncoding encoding);
 
+// Decodes bytes of unknown encoding: a byte-order mark (UTF-8, UTF-32,
+// UTF-16), else valid UTF-8, else ASCII with U+FFFD for each byte above 0x7F.
+// `usedEncoding` receives what was chosen.
+String stringByDetectingEncoding(std::string_view bytes, NSStringEncoding* usedEncoding = nullptr);
 // Reads a whole file. An encoding from 1 to 0xFFFFFFEF is used as given (the
 // bytes must be valid in it) and stored in `usedEncoding`. Any other value
-// detects the encoding: a byte-order mark (UTF-8, UTF-32, UTF-16), else valid
-// UTF-8, else ASCII with U+FFFD for each byte above 0x7F; `usedEncoding`
+// detects the encoding as stringByDetectingEncoding does; `usedEncoding`
 // receives what was chosen. Null when the file cannot be read or decoded.
 String stringWithContentsOfFile(const std::string& path, NSStringEncoding encoding,
                                 NSStringEncoding* usedEncoding = nullptr);

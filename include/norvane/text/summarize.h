@@ -1,11 +1,15 @@
 // Extractive summaries: the most representative sentences or paragraphs of a
 // text, in their original order.
 //
-// Sentences come from ICU's sentence break iterator; paragraphs are the
-// non-blank lines. A unit's score is the mean, over its words, of how often
-// each word occurs in the whole text (words are runs of letters and digits of
-// three or more units, folded through lowerCharsTable()). The n best units win;
-// ties go to the earlier one.
+// Sentences come from ICU's sentence break iterator, run over the text with
+// single line ends read as blanks (so hard-wrapped lines join); paragraphs
+// are the non-blank lines. Words are runs of letters and digits of three or
+// more units, folded through lowerCharsTable(). A word weighs the number of
+// its occurrences in the whole text, or nothing when more than half of the
+// sentences (paragraphs) hold it, which keeps out "the" and its kind in any
+// language. A sentence scores the sum of the weights of its words divided by
+// the square root of their number. The n best win, ties going to the earlier
+// one, and are given with their runs of white space collapsed to one blank.
 #pragma once
 
 #include "norvane/core/string.h"

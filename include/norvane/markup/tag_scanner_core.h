@@ -3,13 +3,14 @@
 // tag_scanner.h, not this file.
 //
 // The loop never looks at a unit that cannot change its state: between tags
-// it jumps to the next '<', inside a tag to the next '=' or '>' (or, once an
-// '=' was seen, to the next quote or '>'), inside a quoted value to the
+// it jumps to the next '<', inside a tag to the next quote or '>' (a quote
+// opens a value when an '=' stands before it), inside a quoted value to the
 // closing quote, and inside comments and marked sections to the next '>'.
 // Each jump is a vector search, 16 units a step, with a scalar tail.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 
 #if defined(__SSE2__)
@@ -53,6 +54,59 @@ inline size_t findFirstOf(const unichar* characters, size_t from, size_t length)
   }
   return length;
 }
+
+// The positions of '<', '>', '"' and '\'' in a window of 64 units, as bits:
+// the scan loop walks from one such unit to the next and never looks at the
+// others. A window is computed with vector compares when the walk reaches
+// its end, or when the walk jumps past it.
+class DelimiterIndex {
+ public:
+  DelimiterIndex(const unichar* characters, size_t length) : s_(characters), n_(length) { load(0); }
+
+  // Index of the first delimiter at or behind `i`, or the length.
+  size_t next(size_t i) {
+    for (;;) {
+      if (i - base_ < 64) {
+        const uint64_t ahead = bits_ & (~uint64_t{0} << (i - base_));
+        if (ahead != 0) return base_ + static_cast<size_t>(__builtin_ctzll(ahead));
+        i = base_ + 64;
+      }
+      if (i >= n_) return n_;
+      load(i);
+    }
+  }
+
+ private:
+  static bool isDelimiter(unichar c) { return c == '<' || c == '>' || c == '"' || c == '\''; }
+
+  void load(size_t from) {
+    base_ = from;
+    bits_ = 0;
+    size_t k = 0;
+#if defined(__SSE2__)
+    if (from + 64 <= n_) {
+      const __m128i lt = _mm_set1_epi16('<'), gt = _mm_set1_epi16('>');
+      const __m128i dq = _mm_set1_epi16('"'), sq = _mm_set1_epi16('\'');
+      auto hits = [&](size_t at) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s_ + at));
+        return _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(v, lt), _mm_cmpeq_epi16(v, gt)),
+                            _mm_or_si128(_mm_cmpeq_epi16(v, dq), _mm_cmpeq_epi16(v, sq)));
+      };
+      for (; k < 64; k += 16) {
+        const __m128i packed = _mm_packs_epi16(hits(from + k), hits(from + k + 8));
+        bits_ |= static_cast<uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(packed))) << k;
+      }
+      return;
+    }
+#endif
+    for (; k < 64 && from + k < n_; ++k) bits_ |= static_cast<uint64_t>(isDelimiter(s_[from + k])) << k;
+  }
+
+  const unichar* s_;
+  size_t n_;
+  size_t base_ = 0;
+  uint64_t bits_ = 0;
+};
 
 // True if the units at `at` are '<', '/' and then `word` (lower-case ASCII)
 // compared by (c | 32). The caller ensures that they lie within the text.
@@ -129,12 +183,13 @@ struct TagScanLoop {
     const size_t n = length;
     const text::CharacterSetRep letters = text::alphaCharacterSetRep();
     const text::CharacterSetRep white = text::whiteCharacterSetRep();
+    DelimiterIndex delimiters(s, n);
     size_t previousTagEnd = 0;
     size_t i = 0;
 
     for (;;) {
       // Text: jump to the next '<'.
-      i = findFirstOf<'<'>(s, i, n);
+      while ((i = delimiters.next(i)) < n && s[i] != '<') ++i;
       if (i >= n) break;
       const size_t tagLocation = i;
       unsigned mode = 1;
@@ -149,10 +204,10 @@ struct TagScanLoop {
 
       size_t tagEnd;  // index of the '>' that ends the tag
       if (mode == 1) {
-        tagEnd = findEndOfTag(s, i, n);
+        tagEnd = findEndOfTag(delimiters, s, i, n);
         if (tagEnd >= n) break;  // unterminated: the rest is text
       } else {
-        tagEnd = findEndOfComment(s, i, n, mode, shortComment);
+        tagEnd = findEndOfComment(delimiters, s, i, n, mode, shortComment);
         if (tagEnd >= n) {
           report(NotFound, 0, tagLocation, n - tagLocation, previousTagEnd, mode);
           previousTagEnd = n;
@@ -181,25 +236,32 @@ struct TagScanLoop {
   }
 
   // Inside an ordinary tag from `i` on: the index of its closing '>', or n.
-  // A quote opens only behind an '=' (however far back, until the next
-  // quote); inside quotes only the same quote matters.
-  static size_t findEndOfTag(const unichar* s, size_t i, size_t n) {
-    for (;;) {
-      i = findFirstOf<'=', '>'>(s, i, n);
+  // A quote opens a value only if an '=' stands between it and the previous
+  // quote (or the tag's start); inside a value only the same quote matters.
+  static size_t findEndOfTag(DelimiterIndex& delimiters, const unichar* s, size_t i, size_t n) {
+    for (size_t from = i;; ++i) {
+      i = delimiters.next(i);
       if (i >= n || s[i] == '>') return i;
-      i = findFirstOf<'"', '\'', '>'>(s, i + 1, n);
-      if (i >= n || s[i] == '>') return i;
-      i = s[i] == '"' ? findFirstOf<'"'>(s, i + 1, n) : findFirstOf<'\''>(s, i + 1, n);
-      if (i >= n) return n;
-      ++i;
+      if (s[i] == '<') continue;
+      // A quote: it opens a value if an '=' stands between it and `from`.
+      size_t k = i;
+      while (k > from && s[k - 1] != '=') --k;
+      if (k > from) {
+        const unichar quote = s[i];
+        while ((i = delimiters.next(i + 1)) < n && s[i] != quote) {
+        }
+        if (i >= n) return n;
+      }
+      from = i + 1;
     }
   }
 
   // Inside a comment (mode 2) or marked section (mode 3) from `i` on: the
   // index of the '>' that ends it, or n.
-  static size_t findEndOfComment(const unichar* s, size_t i, size_t n, unsigned mode, bool shortComment) {
+  static size_t findEndOfComment(DelimiterIndex& delimiters, const unichar* s, size_t i, size_t n, unsigned mode,
+                                 bool shortComment) {
     for (;; ++i) {
-      i = findFirstOf<'>'>(s, i, n);
+      while ((i = delimiters.next(i)) < n && s[i] != '>') ++i;
       if (i >= n) return n;
       // i >= tagLocation + 3, so three units of look-back stay in the tag.
       const unichar p1 = s[i - 1], p2 = s[i - 2], p3 = s[i - 3];

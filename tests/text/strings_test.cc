@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <set>
 
 #include "norvane/core/log.h"
+#include "norvane/text/text_finding.h"
 
 namespace norvane::text {
 namespace {
@@ -490,6 +493,70 @@ TEST(LineSeparators, RepHoldsExactlyTheLineEnds) {
     members += in;
   }
   EXPECT_EQ(members, 8u);
+}
+
+}  // namespace
+}  // namespace norvane::text
+
+namespace norvane::text {
+namespace {
+
+// Laws that hold for any text, checked over the reST sources of the Python
+// documentation.
+class StringLawsOnCorpus : public ::testing::Test {
+ protected:
+  static std::vector<String> corpus() {
+    std::vector<String> texts;
+    const char* root = "/usr/share/doc/python3.11/html/_sources";
+    std::error_code error;
+    for (auto it = std::filesystem::recursive_directory_iterator(root, error);
+         !error && it != std::filesystem::recursive_directory_iterator() && texts.size() < 60; it.increment(error)) {
+      if (it->path().extension() != ".txt") continue;
+      std::ifstream file(it->path(), std::ios::binary);
+      std::string bytes((std::istreambuf_iterator<char>(file)), {});
+      texts.push_back(String::fromUtf8(bytes));
+    }
+    return texts;
+  }
+};
+
+TEST_F(StringLawsOnCorpus, LinesRebuildTheTextAndAgreeWithTheirCount) {
+  std::vector<String> texts = corpus();
+  if (texts.empty()) GTEST_SKIP() << "no documentation sources on this machine";
+  for (const String& text : texts) {
+    std::vector<String> all = lines(text);
+    std::u16string joined;
+    for (const String& line : all) {
+      joined.append(line.view());
+      // Only the last line may lack a line end, and no line holds one inside.
+      String body = stringByTrimmingFeeds(line);
+      EXPECT_EQ(findOneOf(body, S("\n\r")), NotFound);
+    }
+    EXPECT_EQ(joined, text.view());
+    EXPECT_EQ(all.size(), numberOfLines(text));
+    size_t feeds = countCharacter(text, '\n');
+    EXPECT_EQ(numberOfLines(text), feeds + (hasFeedOfLine(text) ? 0 : 1) - (text.isEmpty() ? 1 : 0));
+    EXPECT_EQ(firstLine(text), all.empty() ? String::empty() : stringByTrimmingFeeds(all[0]));
+  }
+}
+
+TEST_F(StringLawsOnCorpus, CollapsingAndTrimmingAreIdempotent) {
+  std::vector<String> texts = corpus();
+  if (texts.empty()) GTEST_SKIP() << "no documentation sources on this machine";
+  for (const String& text : texts) {
+    String collapsed = stringByRemovingMultipleWhiteSpaces(text);
+    EXPECT_TRUE(stringByRemovingMultipleWhiteSpaces(collapsed).isSameObject(collapsed));
+    EXPECT_FALSE(containsSubstring(collapsed, S("  ")));
+    String feeds = stringByRemovingMultipleFeeds(text);
+    EXPECT_TRUE(stringByRemovingMultipleFeeds(feeds).isSameObject(feeds));
+    EXPECT_EQ(countCharacter(feeds, '\n'), numberOfLines(feeds) - (hasFeedOfLine(feeds) ? 0 : 1));
+    String trimmed = stringByTrimmingSpacesAndFeeds(text, true);
+    EXPECT_TRUE(stringByTrimmingSpacesAndFeeds(trimmed, true).isSameObject(trimmed));
+    String reflowed = reformattedMailing(text);
+    EXPECT_FALSE(containsSubstring(reflowed, S("\n\n\n")));
+    EXPECT_LE(reflowed.length(), text.length());
+    EXPECT_EQ(stringByRemovingWhiteSpaces(reflowed), stringByRemovingWhiteSpaces(text));
+  }
 }
 
 }  // namespace

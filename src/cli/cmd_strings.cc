@@ -1,7 +1,5 @@
 // norvane strings: everyday text operations on files or standard input.
-#include <cerrno>
 #include <charconv>
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -13,8 +11,6 @@
 
 namespace norvane::cli {
 namespace {
-
-using text::NSStringEncoding;
 
 // Reads FILE (or "-") and decodes it, detecting the encoding.
 std::optional<String> readText(const std::string& path) {

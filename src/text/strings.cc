@@ -6,9 +6,9 @@
 #include <unicode/utf16.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
-#include <cstring>
 
 #include "norvane/core/log.h"
 #include "norvane/core/unicode.h"

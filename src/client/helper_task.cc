@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "norvane/core/log.h"
+#include "norvane/wire/socket.h"
 
 namespace norvane::client {
 
@@ -75,6 +76,7 @@ std::optional<HelperProxy> HelperTask::launchUsingTimeout(double timeout) {
 
   task_ = std::make_unique<Task>(path_, std::vector<std::string>{});
   task_->setQualityOfService(qualityOfService_);
+  task_->setNullStandardInputOutput(true);
   if (!task_->launch() || !task_->isRunning()) {
     ++failedAttempts_;
     logFormat("Couldn't launch {}.{}", path_, failedAttempts_ == 2 ? " Giving up." : "");
@@ -176,6 +178,11 @@ std::string findHelperExecutable() {
     }
   }
   return {};
+}
+
+std::unique_ptr<HelperTask> createServiceHelperTask(double timeout) {
+  return HelperTask::create(findHelperExecutable(), std::string(wire::kServiceName), Protocol::ImExportXPC, timeout,
+                            kQualityOfServiceUserInitiated);
 }
 
 }  // namespace norvane::client

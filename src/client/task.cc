@@ -68,13 +68,18 @@ bool Task::launch() {
   envp.push_back(nullptr);
   const int increment = niceIncrementFor(qualityOfService_);
 
+  const int devNull = nullStandardInputOutput_ ? ::open("/dev/null", O_RDWR | O_CLOEXEC) : -1;
   int errorPipe[2];
-  if (::pipe2(errorPipe, O_CLOEXEC) != 0) return false;
+  if (::pipe2(errorPipe, O_CLOEXEC) != 0) {
+    if (devNull >= 0) ::close(devNull);
+    return false;
+  }
   // Passed descriptors are first copied above any number they will be moved
   // to, so that moving one never overwrites another.
   const int passedCount = static_cast<int>(passedFds_.size());
 
   pid_t pid = ::fork();
+  if (pid != 0 && devNull >= 0) ::close(devNull);
   if (pid < 0) {
     ::close(errorPipe[0]);
     ::close(errorPipe[1]);
@@ -82,6 +87,10 @@ bool Task::launch() {
   }
   if (pid == 0) {
     writeDecimal(::getpid(), listenPid + 11);
+    if (devNull >= 0) {
+      ::dup2(devNull, 0);
+      ::dup2(devNull, 1);
+    }
     int high[kMaxPassedDescriptors];
     int n = passedCount < kMaxPassedDescriptors ? passedCount : kMaxPassedDescriptors;
     for (int i = 0; i < n; ++i) high[i] = ::fcntl(passedFds_[i], F_DUPFD, 3 + n + 1);

@@ -5,7 +5,8 @@
 //
 // A helper is launched plainly from its path, without arguments and without
 // a listening socket: it registers its named socket itself, and proxies come
-// from that (see proxy.h). A helper that somebody else started is found the
+// from that (see proxy.h). Its standard input and output are /dev/null; its
+// standard error, where it logs, is ours. A helper that somebody else started is found the
 // same way and used, but never signalled.
 //
 // Not thread-safe: use one HelperTask from one thread at a time. Connections
@@ -103,5 +104,12 @@ class HelperTask {
 // "norvane-helper" beside the running executable; else the one in this
 // build tree; else the first on PATH. Empty when none is found.
 std::string findHelperExecutable();
+
+// The request and reply timeout of the service's named connection.
+inline constexpr double kServiceTimeout = 15.0;
+// A HelperTask for norvane-helper as found by findHelperExecutable(), under
+// the service name, speaking the reply-carrying protocol. Null (and "Helper
+// missing: ..." logged) when no helper program is found.
+std::unique_ptr<HelperTask> createServiceHelperTask(double timeout = kServiceTimeout);
 
 }  // namespace norvane::client

@@ -40,6 +40,10 @@ class Task {
   void setQualityOfService(int64_t qualityOfService) { qualityOfService_ = qualityOfService; }
   // Extra environment entries "NAME=value" for the child, applied last.
   void setEnvironmentOverrides(std::vector<std::string> entries) { environment_ = std::move(entries); }
+  // Gives the child /dev/null as standard input and output (standard error
+  // stays shared), so that a child that outlives a pipeline does not hold it
+  // open.
+  void setNullStandardInputOutput(bool null) { nullStandardInputOutput_ = null; }
   // Descriptors the child receives as 3, 4, ..., at most
   // kMaxPassedDescriptors, announced by LISTEN_FDS and LISTEN_PID as socket
   // activation does.
@@ -87,6 +91,7 @@ class Task {
   std::vector<std::string> environment_;
   std::vector<int> passedFds_;
   int64_t qualityOfService_ = kQualityOfServiceDefault;
+  bool nullStandardInputOutput_ = false;
   pid_t pid_ = 0;
   bool ended_ = false;
   int status_ = -1;

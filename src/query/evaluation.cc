@@ -323,7 +323,7 @@ void deliver(const FastWordEnumerator& enumerator, const OccurrenceMap& map, con
   size_t lastEnd = 0;
   for (const auto& [range, occurrence] : map) {
     if (range.location >= lastEnd) handler(enumerator, occurrence.term, range, occurrence.primary);
-    lastEnd = range.end();
+    lastEnd = std::max(lastEnd, range.end());
   }
 }
 

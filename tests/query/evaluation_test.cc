@@ -228,6 +228,14 @@ TEST(QueryOccurrences, FailingTreesReportNothing) {
   EXPECT_EQ(occurrences(QueryTerms::withWildcard(u"(alpha missing) OR gamma"), text), expected);
 }
 
+TEST(QueryOccurrences, OverlapsGoToTheFirst) {
+  // The phrase covers both later hits; the one inside it must not let the
+  // last one through.
+  String text(u"aa bb cc");
+  std::vector<Delivered> expected = {{"aa * cc", 0, 8, true}};
+  EXPECT_EQ(occurrences(QueryTerms::withWildcard(u"\"aa * cc\" OR bb OR cc"), text), expected);
+}
+
 TEST(QueryOccurrences, CaseAndRange) {
   String text(u"Alpha alpha ALPHA");
   EXPECT_EQ(occurrences(QueryTerms::withWildcard(u"alpha"), text).size(), 3u);

@@ -282,6 +282,45 @@ TEST(QueryTermsLists, PlusStringsSkipNegated) {
   EXPECT_EQ(u8(plusString(String(u"a -b c"))), "a c");
 }
 
+std::vector<std::string> utf8All(const std::vector<String>& strings) {
+  std::vector<std::string> out;
+  for (const String& s : strings) out.push_back(u8(s));
+  return out;
+}
+
+TEST(QueryTermsLists, WordsAndWildcards) {
+  QueryTerms tree = QueryTerms::withWildcard(u"e-mail \"big house\" -x a.b.c");
+  EXPECT_EQ(utf8All(tree.plusWords()), (std::vector<std::string>{"e", "mail", "big", "house", "a", "b", "c"}));
+  // Each leaf whole, its words joined by a blank, and compounds written
+  // solid; shortest first.
+  EXPECT_EQ(utf8All(tree.plusWildcards()),
+            (std::vector<std::string>{"abc", "a b c", "a.b.c", "email", "e mail", "e-mail", "big house"}));
+  // A phrase is no compound, so it is not written solid.
+  EXPECT_EQ(utf8All(QueryTerms::withWildcard(u"\"e-mail\"").plusWildcards()),
+            (std::vector<std::string>{"e mail", "e-mail"}));
+  EXPECT_TRUE(QueryTerms::withWildcard(u"NOT").plusWildcards().empty());
+  EXPECT_EQ(utf8All(plusWildcards(String(u"b* a"))), (std::vector<std::string>{"a", "b*"}));
+}
+
+TEST(QueryTermsLists, ExtendedWildcardsAddNeighbourPairs) {
+  QueryTerms tree = QueryTerms::withWildcard(u"alpha beta OR gamma NEAR delta -eps");
+  EXPECT_EQ(utf8All(tree.extendedPlusWildcards()),
+            (std::vector<std::string>{"beta", "alpha", "delta", "gamma", "alpha beta", "gamma delta"}));
+  // No pair forms across a group, and the whole text of a compound leaf is
+  // left out.
+  EXPECT_EQ(utf8All(QueryTerms::withWildcard(u"x-y (p q)").extendedPlusWildcards()),
+            (std::vector<std::string>{"p", "q", "xy", "p q", "x y"}));
+  EXPECT_TRUE(QueryTerms::withWildcard(u"").extendedPlusWildcards().empty());
+}
+
+TEST(QueryTermsLists, UnionOverSeveralTrees) {
+  std::vector<QueryTerms> trees = {QueryTerms::withString(u"a b"), QueryTerms::withString(u"b -c d")};
+  EXPECT_EQ(utf8All(plusParts(trees)), (std::vector<std::string>{"a", "b", "d"}));
+  EXPECT_EQ(utf8All(plusWords(trees)), (std::vector<std::string>{"a", "b", "d"}));
+  EXPECT_TRUE(plusParts(std::vector<QueryTerms>{}).empty());
+  EXPECT_TRUE(plusParts(std::vector<QueryTerms>{QueryTerms::withString(u"-x")}).empty());
+}
+
 TEST(QueryTermsSite, DropsSiteComponents) {
   EXPECT_EQ(u8(queryTermWithoutSiteOperator(String(u"apple site:example.com  pie"))), "apple pie");
   EXPECT_EQ(u8(queryTermWithoutSiteOperator(String(u"site:a.org"))), "");

@@ -561,3 +561,61 @@ TEST_F(StringLawsOnCorpus, CollapsingAndTrimmingAreIdempotent) {
 
 }  // namespace
 }  // namespace norvane::text
+
+namespace norvane::text {
+namespace {
+
+// Every rewriting operation hands back a null or empty receiver itself.
+TEST(Stance, NullAndEmptyReceiversComeBackAsThemselves) {
+  using Rewrite = String (*)(const String&);
+  const std::pair<const char*, Rewrite> rewrites[] = {
+      {"firstLine", firstLine},
+      {"feedOfLine", feedOfLine},
+      {"stringByRemovingFeeds", stringByRemovingFeeds},
+      {"stringByRemovingTabs", stringByRemovingTabs},
+      {"stringByRemovingSpaces", stringByRemovingSpaces},
+      {"stringByRemovingWhiteSpaces", stringByRemovingWhiteSpaces},
+      {"stringByRemovingDigits", stringByRemovingDigits},
+      {"lowercaseStringByRemovingDigits", lowercaseStringByRemovingDigits},
+      {"uppercaseStringByRemovingDigits", uppercaseStringByRemovingDigits},
+      {"stringByRemovingNonIPCharacters", stringByRemovingNonIPCharacters},
+      {"stringByRotating13", stringByRotating13},
+      {"stringByRemovingMultipleSpaces", stringByRemovingMultipleSpaces},
+      {"stringByRemovingMultipleWhiteSpaces", stringByRemovingMultipleWhiteSpaces},
+      {"stringByRemovingMultipleFeeds", stringByRemovingMultipleFeeds},
+      {"stringByTrimmingWhiteSpaces", stringByTrimmingWhiteSpaces},
+      {"stringByTrimmingFeeds", stringByTrimmingFeeds},
+      {"stringByTrimmingQuotes", stringByTrimmingQuotes},
+      {"stringByTrimmingEllipsis", stringByTrimmingEllipsis},
+      {"stringByTrimmingDigits", stringByTrimmingDigits},
+      {"reformattedMailing", reformattedMailing},
+      {"spaces and feeds", [](const String& s) { return stringByTrimmingSpacesAndFeeds(s, true); }},
+      {"left side", [](const String& s) { return stringByTrimmingSpacesOfLeftSideAndFeeds(s, false); }},
+      {"right side", [](const String& s) { return stringByTrimmingSpacesOfRightSideAndFeeds(s, true); }},
+      {"in range",
+       [](const String& s) {
+         return stringByTrimmingSpacesInRange(s, Range{0, 5}, true);
+       }},
+      {"not in rep", [](const String& s) { return stringByTrimmingCharactersNotInRep(s, alphaCharacterSetRep()); }},
+      {"character", [](const String& s) { return stringByTrimmingCharacter(s, 'x'); }},
+      {"prefix", [](const String& s) { return stringByTrimmingPrefixCharacter(s, 'x'); }},
+      {"suffix", [](const String& s) { return stringByTrimmingSuffixCharacter(s, 'x'); }},
+      {"enclosing", [](const String& s) { return stringByTrimmingEnclosingCharacter(s, 'x'); }},
+      {"replace unit", [](const String& s) { return stringByReplacingCharacter(s, 'a', 'b', false); }},
+      {"replace string", [](const String& s) { return stringByReplacingString(s, S("a"), S("b"), false); }},
+      {"remove unit", [](const String& s) { return stringByRemovingCharacters(s, 'a'); }},
+      {"remove units", [](const String& s) { return stringByRemovingCharactersOfString(s, S("ab")); }},
+      {"rotate", [](const String& s) { return stringByRotating(s, 3); }},
+      {"reformat", [](const String& s) { return reformattedStringByRemovingCharactersOfString(s, S(">")); }},
+      {"ellipsize", [](const String& s) { return stringByEllipsizingAfterNCharacters(s, 3); }},
+  };
+  for (const auto& [name, rewrite] : rewrites) {
+    String null;
+    EXPECT_TRUE(rewrite(null).isNull()) << name;
+    String empty = String::empty();
+    EXPECT_TRUE(rewrite(empty).isSameObject(empty)) << name;
+  }
+}
+
+}  // namespace
+}  // namespace norvane::text

@@ -172,19 +172,19 @@ NSStringEncoding defaultURLEncoding(const String& s) {
   return markupEncoding(s) == NSISOLatin1StringEncoding ? NSISOLatin1StringEncoding : NSUTF8StringEncoding;
 }
 
-Data markupData(const String& s, NSStringEncoding* encoding) {
+std::vector<uint8_t> markupData(const String& s, NSStringEncoding* encoding) {
   if (encoding) *encoding = NSASCIIStringEncoding;
-  if (s.isEmpty()) return Data();
+  if (s.isEmpty()) return std::vector<uint8_t>();
   NSStringEncoding declared = markupEncoding(s);
   if (declared != kInvalidEncoding) {
     std::optional<std::string> bytes = encodeString(s.view(), declared);
     if (bytes) {
       if (encoding) *encoding = declared;
-      return Data(bytes->begin(), bytes->end());
+      return std::vector<uint8_t>(bytes->begin(), bytes->end());
     }
   }
   std::string ascii = stringByConvertingCharactersToEntities(s).toUtf8();
-  return Data(ascii.begin(), ascii.end());
+  return std::vector<uint8_t>(ascii.begin(), ascii.end());
 }
 
 namespace {

@@ -107,7 +107,7 @@ TEST(MarkupCharset, Encodings) {
 TEST(MarkupData, BytesInTheDeclaredEncoding) {
   std::string page = "<meta charset=\"windows-1251\"><p>Привет, мир</p>";
   NSStringEncoding encoding = 0;
-  Data data = markupData(s(page), &encoding);
+  std::vector<uint8_t> data = markupData(s(page), &encoding);
   EXPECT_EQ(encoding, NSWindowsCP1251StringEncoding);
   EXPECT_EQ(std::string(data.begin(), data.end()), icuEncode("windows-1251", page));
 

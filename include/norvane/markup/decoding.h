@@ -8,12 +8,13 @@
 // the bytes to the next candidate.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "norvane/core/string.h"
 #include "norvane/core/types.h"
-#include "norvane/core/value.h"
 #include "norvane/markup/charsets.h"
 
 namespace norvane::markup {
@@ -37,7 +38,7 @@ NSStringEncoding defaultURLEncoding(const String& s);
 // character its declared encoding cannot express, is written as ASCII with
 // every other character as an entity, and ASCII (1) is reported. A null or
 // empty string gives empty data and ASCII.
-Data markupData(const String& s, NSStringEncoding* encoding = nullptr);
+std::vector<uint8_t> markupData(const String& s, NSStringEncoding* encoding = nullptr);
 
 // Decodes markup bytes. A byte-order mark FE FF or FF FE (with at least 3
 // bytes of data) picks UTF-16 in that order, otherwise the first pass uses

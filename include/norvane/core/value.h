@@ -42,8 +42,8 @@ class Dictionary {
  public:
   using Entry = std::pair<String, Value>;
 
-  size_t size() const { return entries_.size(); }
-  bool empty() const { return entries_.empty(); }
+  size_t size() const;
+  bool empty() const;
   // Null when the key is absent.
   const Value* find(std::u16string_view key) const;
   Value* find(std::u16string_view key);
@@ -53,8 +53,8 @@ class Dictionary {
   // Removes the key; answers whether it was there.
   bool erase(std::u16string_view key);
 
-  std::vector<Entry>::const_iterator begin() const { return entries_.begin(); }
-  std::vector<Entry>::const_iterator end() const { return entries_.end(); }
+  std::vector<Entry>::const_iterator begin() const;
+  std::vector<Entry>::const_iterator end() const;
   const std::vector<Entry>& entries() const { return entries_; }
   // Entries may be edited in place; keys must stay unique.
   std::vector<Entry>& mutableEntries() { return entries_; }
@@ -68,7 +68,7 @@ class Dictionary {
 // A set of values: members are unique by ==, kept in insertion order.
 class ValueSet {
  public:
-  size_t size() const { return members_.size(); }
+  size_t size() const;
   bool contains(const Value& value) const;
   // Answers false when the value was already a member.
   bool insert(Value value);
@@ -145,5 +145,22 @@ class Value {
                                std::shared_ptr<Array>, std::shared_ptr<Dictionary>, std::shared_ptr<ValueSet>>;
   Storage storage_;
 };
+
+// Bodies that need Value complete.
+inline size_t Dictionary::size() const {
+  return entries_.size();
+}
+inline bool Dictionary::empty() const {
+  return entries_.empty();
+}
+inline std::vector<Dictionary::Entry>::const_iterator Dictionary::begin() const {
+  return entries_.begin();
+}
+inline std::vector<Dictionary::Entry>::const_iterator Dictionary::end() const {
+  return entries_.end();
+}
+inline size_t ValueSet::size() const {
+  return members_.size();
+}
 
 }  // namespace norvane

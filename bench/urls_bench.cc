@@ -48,22 +48,34 @@ void BM_StandardizedStringURL(benchmark::State& state) {
 }
 BENCHMARK(BM_StandardizedStringURL);
 
-void BM_IsAdvertisement(benchmark::State& state) {
-  overAllURLs(state, [](const String& url) { benchmark::DoNotOptimize(stringURLIsAdvertisement(url)); });
+// Each page-kind predicate on its own.
+template <bool (*Predicate)(const String&)>
+void BM_Predicate(benchmark::State& state) {
+  overAllURLs(state, [](const String& url) { benchmark::DoNotOptimize(Predicate(url)); });
 }
-BENCHMARK(BM_IsAdvertisement);
+BENCHMARK(BM_Predicate<stringURLIsAdvertisement>)->Name("BM_IsAdvertisement");
+BENCHMARK(BM_Predicate<stringURLIsAdSense>)->Name("BM_IsAdSense");
+BENCHMARK(BM_Predicate<stringURLIsBookmarklet>)->Name("BM_IsBookmarklet");
+BENCHMARK(BM_Predicate<stringURLIsRecaptcha>)->Name("BM_IsRecaptcha");
+BENCHMARK(BM_Predicate<stringURLIsTranslation>)->Name("BM_IsTranslation");
+BENCHMARK(BM_Predicate<stringURLIsTopicOrThread>)->Name("BM_IsTopicOrThread");
+BENCHMARK(BM_Predicate<stringURLIsForum>)->Name("BM_IsForum");
+BENCHMARK(BM_Predicate<stringURLIsCached>)->Name("BM_IsCached");
+BENCHMARK(BM_Predicate<isMailStringURL>)->Name("BM_IsMailStringURL");
 
 // All page-kind predicates of one URL, as a link extractor asks them.
-void BM_ClassifyPageKinds(benchmark::State& state) {
+void BM_AllPageKinds(benchmark::State& state) {
   overAllURLs(state, [](const String& url) {
-    bool any = stringURLIsAdvertisement(url) || stringURLIsBookmarklet(url) || stringURLIsRecaptcha(url) ||
-               stringURLIsTranslation(url) || stringURLIsCached(url);
-    benchmark::DoNotOptimize(any);
+    benchmark::DoNotOptimize(stringURLIsAdvertisement(url));
+    benchmark::DoNotOptimize(stringURLIsBookmarklet(url));
+    benchmark::DoNotOptimize(stringURLIsRecaptcha(url));
+    benchmark::DoNotOptimize(stringURLIsTranslation(url));
+    benchmark::DoNotOptimize(stringURLIsCached(url));
     benchmark::DoNotOptimize(stringURLIsForum(url));
     benchmark::DoNotOptimize(stringURLIsTopicOrThread(url));
   });
 }
-BENCHMARK(BM_ClassifyPageKinds);
+BENCHMARK(BM_AllPageKinds);
 
 void BM_SchemePredicates(benchmark::State& state) {
   overAllURLs(state, [](const String& url) {

@@ -14,7 +14,7 @@ namespace {
 using detail::LoweredText;
 using detail::View;
 
-bool matchesTable(const String& url, size_t minimumLength, const char* const* rows) {
+bool matchesTable(const String& url, size_t minimumLength, const detail::RowMatcher& rows) {
   if (url.length() < minimumLength) return false;
   return LoweredText(url.view()).matches(rows);
 }
@@ -53,13 +53,14 @@ constexpr std::string_view kBookendsPrefix = "bookends://sonnysoftware.com";
 // ---- Kinds of pages ------------------------------------------------------
 
 bool stringURLIsImageAd(const String& url) {
-  return matchesTable(url, 12, tables::kImageAd);
+  return matchesTable(url, 12, tables::imageAdMatcher());
 }
 
 bool stringURLIsAdSense(const String& url) {
   if (url.length() < 12) return false;
   LoweredText lowered(url.view());
-  return lowered.matches(tables::kTextAd) || lowered.matches(tables::kImageAd);
+  return tables::advertisementMatcher().matchingTables(lowered.data(), lowered.size(),
+                                                       tables::kTextAdBit | tables::kImageAdBit) != 0;
 }
 
 bool stringURLIsAdvertisement(const String& url) {
@@ -67,14 +68,19 @@ bool stringURLIsAdvertisement(const String& url) {
 }
 
 bool stringURLIsAdvertisementIncludingCommonHosts(const String& url, bool includingCommonHosts) {
+  using namespace tables;
   if (url.length() < 4) return false;
   View s = url.view();
+  uint32_t wanted = kAdPathBit;
+  if (s.size() >= 12) wanted |= kTextAdBit | kImageAdBit;
+  if (s.size() >= 5) wanted |= kGeneralAdBit;
+  if (includingCommonHosts && s.size() >= 9) wanted |= kCommonAdHostBit;
   LoweredText lowered(s);
-  if (s.size() >= 12 && (lowered.matches(tables::kTextAd) || lowered.matches(tables::kImageAd))) return true;
-  if (s.size() >= 5 && lowered.matches(tables::kGeneralAd)) return true;
-  if (!containsAnyExactRow(s, tables::kAdException) && lowered.matches(tables::kAdPath)) return true;
+  uint32_t found = advertisementMatcher().matchingTables(lowered.data(), lowered.size(), wanted);
+  if (found & (kTextAdBit | kImageAdBit | kGeneralAdBit | kCommonAdHostBit)) return true;
+  // The exceptions exempt a URL from the ad path table only.
+  if ((found & kAdPathBit) && !containsAnyExactRow(s, kAdException)) return true;
   if (holdsAdWord(s, "adserver") || holdsAdWord(s, "ads.")) return true;
-  if (includingCommonHosts && s.size() >= 9 && lowered.matches(tables::kCommonAdHost)) return true;
   View last = detail::lastPathComponent(s);
   if (last.size() >= 8) {
     if (last.size() >= 11 && detail::contains(last, "counter") && detail::containsNoCase(last, "htm")) return true;
@@ -85,37 +91,44 @@ bool stringURLIsAdvertisementIncludingCommonHosts(const String& url, bool includ
 
 bool stringURLIsBookmarklet(const String& url) {
   if (url.length() < 16) return false;
+  uint32_t wanted = 0;
+  if (url.view().find(u'?') != View::npos) wanted |= 1;
+  if (url.length() >= 18) wanted |= 2;
   LoweredText lowered(url.view());
-  if (url.view().find(u'?') != View::npos && lowered.matches(tables::kShare)) return true;
-  return url.length() >= 18 && lowered.matches(tables::kSecondShare);
+  return tables::shareMatcher().matchingTables(lowered.data(), lowered.size(), wanted) != 0;
 }
 
 bool stringURLIsRecaptcha(const String& url) {
-  return matchesTable(url, 27, tables::kCaptcha);
+  return matchesTable(url, 27, tables::captchaMatcher());
 }
 
 bool stringURLIsTranslation(const String& url) {
-  return matchesTable(url, 22, tables::kTranslation);
+  return matchesTable(url, 22, tables::translationMatcher());
 }
 
 bool stringURLIsTopicOrThread(const String& url) {
   if (url.isNull()) return false;
-  if (matchesTable(url, 13, tables::kTopic)) return true;
-  View s = url.view();
+  if (matchesTable(url, 13, tables::topicMatcher())) return true;
   if (text::countNumbers(url) < 2) return false;
-  std::u16string withoutDigits;
-  for (unichar u : s) {
-    if (!detail::isAsciiDigit(u)) withoutDigits.push_back(u);
+  // The text without its digits must end in "-t-.html": match from the end,
+  // skipping digits.
+  constexpr std::string_view kEnding = "-t-.html";
+  View s = url.view();
+  size_t i = s.size();
+  for (size_t k = kEnding.size(); k-- > 0;) {
+    while (i > 0 && detail::isAsciiDigit(s[i - 1])) --i;
+    if (i == 0 || text::toLower(s[i - 1]) != unichar(kEnding[k])) return false;
+    --i;
   }
-  return detail::hasSuffixNoCase(withoutDigits, "-t-.html");
+  return true;
 }
 
 bool stringURLIsForum(const String& url) {
-  return matchesTable(url, 4, tables::kForum);
+  return matchesTable(url, 4, tables::forumMatcher());
 }
 
 bool stringURLIsCached(const String& url) {
-  return matchesTable(url, 12, tables::kCache);
+  return matchesTable(url, 12, tables::cacheMatcher());
 }
 
 // ---- Schemes -------------------------------------------------------------

@@ -77,8 +77,26 @@ String stringByFormattingURL(const String& url) {
   return detail::sameOrNew(url, std::move(out));
 }
 
+namespace {
+
+// True when standardizedStringURL would change the text. Up to the first
+// dropped slash the output equals the input, so the input tells.
+bool needsStandardizing(View s) {
+  bool inQuery = false;
+  for (size_t i = 0; i < s.size() && !inQuery; ++i) {
+    if (s[i] == '?' || s[i] == ';') {
+      inQuery = true;
+    } else if (s[i] == '/' && i > 0 && s[i - 1] == '/' && !(i >= 2 && s[i - 2] == ':')) {
+      return true;
+    }
+  }
+  return !inQuery && (s == u"." || s == u".." || s.ends_with(u"/.") || s.ends_with(u"/.."));
+}
+
+}  // namespace
+
 String standardizedStringURL(const String& url) {
-  if (url.isNull()) return url;
+  if (url.isNull() || !needsStandardizing(url.view())) return url;
   View s = url.view();
   std::u16string out;
   out.reserve(s.size());

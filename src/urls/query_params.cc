@@ -142,7 +142,8 @@ bool cutQueryOfPage(std::u16string& s) {
 }  // namespace
 
 String stringURLByRemovingSessionIDs(const String& url) {
-  if (url.isNull()) return url;
+  // Every parameter removed has a "=", every query cut a "?".
+  if (url.isNull() || (url.view().find(u'=') == View::npos && url.view().find(u'?') == View::npos)) return url;
   SessionPage page = classifySessionPage(url);
   std::u16string s = url.toU16();
   bool sessionFlag = false;

@@ -392,7 +392,7 @@ bool isSearchEngine(const Url& url) {
   // 3. Two short search hosts.
   if ((host.size() == 7 || host.size() == 8) && hostIsOneOf(host, {"ask.com", "bing.com"})) return true;
   // 4. Search engines, directories, reference sites and archives.
-  if (host.size() >= 6 && text::fastContainsSubCStrings(host.data(), host.size(), tables::kSearchHost)) return true;
+  if (host.size() >= 6 && tables::searchHostMatcher().matches(host.data(), host.size())) return true;
   // 5. The first portal: searches and directories, not its news articles.
   if (detail::contains(host, "yahoo")) {
     if (detail::hasPrefix(host, "reuters.")) return false;

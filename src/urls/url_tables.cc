@@ -280,4 +280,41 @@ const char* const kSearchHost[] = {
     "blekko.",        "entireweb.",    "yippy.",       "info.com",      "looksmart.",  ".bing.com",
     "jayde.",         "joeant.",       "gibiru.",      "presearch.",    "you.com",     nullptr};
 
+const detail::RowMatcher& imageAdMatcher() {
+  static const detail::RowMatcher matcher(kImageAd);
+  return matcher;
+}
+const detail::RowMatcher& captchaMatcher() {
+  static const detail::RowMatcher matcher(kCaptcha);
+  return matcher;
+}
+const detail::RowMatcher& translationMatcher() {
+  static const detail::RowMatcher matcher(kTranslation);
+  return matcher;
+}
+const detail::RowMatcher& topicMatcher() {
+  static const detail::RowMatcher matcher(kTopic);
+  return matcher;
+}
+const detail::RowMatcher& forumMatcher() {
+  static const detail::RowMatcher matcher(kForum);
+  return matcher;
+}
+const detail::RowMatcher& cacheMatcher() {
+  static const detail::RowMatcher matcher(kCache);
+  return matcher;
+}
+const detail::RowMatcher& searchHostMatcher() {
+  static const detail::RowMatcher matcher(kSearchHost);
+  return matcher;
+}
+const detail::RowMatcher& advertisementMatcher() {
+  static const detail::RowMatcher matcher({kTextAd, kImageAd, kGeneralAd, kAdPath, kCommonAdHost});
+  return matcher;
+}
+const detail::RowMatcher& shareMatcher() {
+  static const detail::RowMatcher matcher({kShare, kSecondShare});
+  return matcher;
+}
+
 }  // namespace norvane::urls::tables

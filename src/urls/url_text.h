@@ -7,6 +7,7 @@
 
 #include "norvane/core/string.h"
 #include "norvane/text/chars.h"
+#include "urls/row_matcher.h"
 
 namespace norvane::urls::detail {
 
@@ -108,8 +109,8 @@ class LoweredText {
   const unichar* data() const { return data_; }
   size_t size() const { return size_; }
   View view() const { return {data_, size_}; }
-  // True if any row of the null-terminated table occurs in the text.
-  bool matches(const char* const* rows) const { return text::fastContainsSubCStrings(data_, size_, rows); }
+  // True if any row of the matcher's table occurs in the text.
+  bool matches(const RowMatcher& rows) const { return rows.matches(data_, size_); }
 
  private:
   unichar buffer_[256];

@@ -51,7 +51,8 @@ Value run(NorvaneHelper& helper, std::string_view name, const std::vector<Argume
     return Value();
   }
   if (name == "terminate:") helper.terminate(value(a, 0));
-  return Value();  // "ping", "terminate:"
+  if (name == "setImage:") helper.setImage(value(a, 0));
+  return Value();  // "ping", "terminate:", "setImage:"
 }
 
 std::string exceptionName(const std::exception& e) {

@@ -143,4 +143,8 @@ void NorvaneHelper::terminate() {
   ::_exit(0);
 }
 
+void NorvaneHelper::setImage(const Value&) {
+  logMessage("-[NorvaneHelper setImage:]: Unrecognized selector.");
+}
+
 }  // namespace norvane::service

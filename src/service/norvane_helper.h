@@ -83,6 +83,8 @@ class NorvaneHelper {
   [[noreturn]] static void terminate();
   // Takes an argument and does nothing; the process goes on.
   void terminate(const Value&) {}
+  // Answers a stray setImage: message: changes nothing, logs it.
+  void setImage(const Value&);
 
  private:
   template <typename Run>

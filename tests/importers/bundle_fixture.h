@@ -52,6 +52,15 @@ inline std::string plistString(const std::string& s) {
 }
 
 struct BundleSpec {
+  BundleSpec(std::string bundleIdentifier, std::string pluginLibrary,
+             std::vector<std::pair<std::string, std::string>> factoryFunctions, std::vector<std::string> claimedTypes,
+             std::vector<std::string> exportedExtensions)
+      : identifier(std::move(bundleIdentifier)),
+        library(std::move(pluginLibrary)),
+        factories(std::move(factoryFunctions)),
+        types(std::move(claimedTypes)),
+        extensions(std::move(exportedExtensions)) {}
+
   std::string identifier;
   std::string library;                                         // the built plug-in; empty: no executable
   std::vector<std::pair<std::string, std::string>> factories;  // UUID, function

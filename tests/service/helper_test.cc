@@ -276,6 +276,12 @@ TEST_F(HelperTest, ScriptsOfManyThreadsAreSerialised) {
   EXPECT_EQ(most.load(), 1);
 }
 
+TEST_F(HelperTest, StraySetImageIsLoggedAndHarmless) {
+  LogCapture log;
+  helper_->setImage(Value(Data{1, 2, 3}));
+  EXPECT_TRUE(log.contains("-[NorvaneHelper setImage:]: Unrecognized selector."));
+}
+
 TEST(MainQueue, WithoutALoopWorkRunsOnTheCaller) {
   std::thread::id ranOn;
   performOnMainThread([&] { ranOn = std::this_thread::get_id(); });

@@ -115,6 +115,17 @@ TEST_F(MetadataTest, UrlInterfaceReceivesAFileUrl) {
   EXPECT_EQ(stringAttribute(attributes, u"Importer"), "4");
 }
 
+TEST_F(MetadataTest, APluginWrittenInC) {
+  bundle("c.mdimporter", "c", kFactory1, "CTakeFactory", {}, {"dat"});
+  auto md = importer();
+  std::optional<Dictionary> attributes = md->metaDataOfFileAtPath(str(file("five.dat", "12345")));
+  ASSERT_TRUE(attributes.has_value());
+  EXPECT_EQ(attributes->find(u"kMDItemFSSize")->asInteger(), 5);
+  const Value* list = attributes->find(u"Written in C");
+  ASSERT_TRUE(list && list->array());
+  EXPECT_EQ(*list->array(), (Array{Value(u"text/plain"), Value(true)}));
+}
+
 TEST_F(MetadataTest, ImportersSharingAFactoryAllRunAndTheLastStands) {
   bundle("first.mdimporter", "take", kFactory1, "TakeFactory1", {"text/plain"}, {});
   bundle("second.mdimporter", "take", kFactory1, "TakeFactory3", {}, {"txt"});

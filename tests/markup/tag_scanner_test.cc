@@ -122,6 +122,17 @@ INSTANTIATE_TEST_SUITE_P(
         ScanCase{"<script>x</script", {{1, "script", "<script>x</script", "", 0, 0}, end("", 17, 17)}},
         ScanCase{"<scripts>x</scripts>",
                  {{1, "scripts", "<scripts>", "", 0, 0}, {1, "scripts", "</scripts>", "x", 10, 9}, end("", 20, 20)}},
+        ScanCase{"<script>a<script>b</script>",
+                 {{1, "script", "<script>a<script>b</script>", "", 0, 0}, end("", 27, 27)}},
+        ScanCase{"<script><!--</script>x<script>y</script>-->",
+                 {{1, "script", "<script><!--</script>", "", 0, 0},
+                  {1, "script", "<script>y</script>", "x", 22, 21},
+                  end("-->", 43, 40)}},
+        ScanCase{"<style><style>x</script>",
+                 {{1, "style", "<style>", "", 0, 0},
+                  {1, "style", "<style>", "", 7, 7},
+                  {1, "script", "</script>", "x", 15, 14},
+                  end("", 24, 24)}},
         ScanCase{"</script><i>", {{1, "script", "</script>", "", 0, 0}, {1, "i", "<i>", "", 9, 9}, end("", 12, 12)}}));
 
 TEST(Scanner, EmptyAndNullStringsAreNotScanned) {

@@ -145,26 +145,63 @@ inline size_t findTriple(const unichar* characters, size_t from, size_t to, cons
   return NotFound;
 }
 
-// Where a script or style element that opens at `tagLocation` ends: the
-// index of the '>' that closes its closing tag, length - 1 if that '>' is
-// missing, or NotFound if there is no closing tag at all. A "<!-" inside the
-// opening part lets the element's closing tag stand inside a comment: then
-// the closing tag after the comment's "-->" counts, if there is one.
-inline size_t findEndOfRawElement(const unichar* characters, size_t length, size_t tagLocation, const char* word,
-                                  size_t wordLength) {
-  size_t close = findClosingTag(characters, tagLocation + 1, length, word, wordLength);
-  if (close == NotFound) return NotFound;
-  const size_t commentOpen = findTriple(characters, tagLocation, close, "<!-");
-  if (commentOpen != NotFound) {
-    const size_t commentClose = findTriple(characters, commentOpen, length, "-->");
-    if (commentClose != NotFound) {
-      const size_t later = findClosingTag(characters, commentClose, length, word, wordLength);
-      if (later != NotFound) close = later;
-    }
+// A forward search that remembers its last answer: a search from `from`
+// that found `found` (or nothing) answers every later search that starts
+// between the two alike, so repeated searches over the same stretch (many
+// unclosed script tags, say) stay linear in the text.
+class RememberedSearch {
+ public:
+  template <class Search>
+  size_t find(size_t from, Search&& search) {
+    if (known_ && from >= from_ && (found_ == NotFound || from <= found_)) return found_;
+    found_ = search(from);
+    from_ = from;
+    known_ = true;
+    return found_;
   }
-  const size_t greater = findFirstOf<'>'>(characters, close + wordLength + 2, length);
-  return greater < length ? greater : length - 1;
-}
+
+ private:
+  bool known_ = false;
+  size_t from_ = 0;
+  size_t found_ = NotFound;
+};
+
+// Finds where script and style elements end, for one scan.
+class RawElementFinder {
+ public:
+  RawElementFinder(const unichar* characters, size_t length) : s_(characters), n_(length) {}
+
+  // Where a script (`isScript`) or style element that opens at
+  // `tagLocation` ends: the index of the '>' that closes its closing tag,
+  // n - 1 if that '>' is missing, or NotFound if there is no closing tag at
+  // all. A "<!-" inside the opening part lets the element's closing tag
+  // stand inside a comment: then the closing tag after the comment's "-->"
+  // counts, if there is one.
+  size_t endOfElement(size_t tagLocation, bool isScript) {
+    const char* word = isScript ? "script" : "style";
+    const size_t wordLength = isScript ? 6 : 5;
+    RememberedSearch& closings = isScript ? scriptClosings_ : styleClosings_;
+    auto closing = [&](size_t from) { return findClosingTag(s_, from, n_, word, wordLength); };
+    size_t close = closings.find(tagLocation + 1, closing);
+    if (close == NotFound) return NotFound;
+    const size_t commentOpen = findTriple(s_, tagLocation, close, "<!-");
+    if (commentOpen != NotFound) {
+      const size_t commentClose =
+          commentClosings_.find(commentOpen, [&](size_t from) { return findTriple(s_, from, n_, "-->"); });
+      if (commentClose != NotFound) {
+        const size_t later = closings.find(commentClose, closing);
+        if (later != NotFound) close = later;
+      }
+    }
+    const size_t greater = findFirstOf<'>'>(s_, close + wordLength + 2, n_);
+    return greater < n_ ? greater : n_ - 1;
+  }
+
+ private:
+  const unichar* s_;
+  size_t n_;
+  RememberedSearch scriptClosings_, styleClosings_, commentClosings_;
+};
 
 template <class CharT, class Handler>
 struct TagScanLoop {
@@ -184,6 +221,7 @@ struct TagScanLoop {
     const text::CharacterSetRep letters = text::alphaCharacterSetRep();
     const text::CharacterSetRep white = text::whiteCharacterSetRep();
     DelimiterIndex delimiters(s, n);
+    RawElementFinder rawElements(s, n);
     size_t previousTagEnd = 0;
     size_t i = 0;
 
@@ -225,7 +263,7 @@ struct TagScanLoop {
           nameLocation = k;
           while (k < tagEnd && s[k] != '/' && s[k] != '=' && !text::isInRep(white, s[k])) ++k;
           nameLength = k - nameLocation;
-          tagLength = skipRawElement(s, n, tagLocation, tagLength, nameLocation, nameLength);
+          tagLength = skipRawElement(rawElements, s, tagLocation, tagLength, nameLocation, nameLength);
         }
       }
       if (report(nameLocation, nameLength, tagLocation, tagLength, previousTagEnd, mode)) return;
@@ -276,22 +314,22 @@ struct TagScanLoop {
   // A script or style opening tag takes its whole element: the new tag
   // length. Closing and self-closing tags, other names and elements without
   // a closing tag keep `tagLength`.
-  static size_t skipRawElement(const unichar* s, size_t n, size_t tagLocation, size_t tagLength, size_t nameLocation,
-                               size_t nameLength) {
-    const char* word;
+  static size_t skipRawElement(RawElementFinder& rawElements, const unichar* s, size_t tagLocation, size_t tagLength,
+                               size_t nameLocation, size_t nameLength) {
+    bool isScript;
     if (nameLength == 6 && (s[nameLocation] | 32) == 's' && (s[nameLocation + 1] | 32) == 'c' &&
         (s[nameLocation + 2] | 32) == 'r' && (s[nameLocation + 3] | 32) == 'i' && (s[nameLocation + 4] | 32) == 'p' &&
         (s[nameLocation + 5] | 32) == 't') {
-      word = "script";
+      isScript = true;
     } else if (nameLength == 5 && (s[nameLocation] | 32) == 's' && (s[nameLocation + 1] | 32) == 't' &&
                (s[nameLocation + 2] | 32) == 'y' && (s[nameLocation + 3] | 32) == 'l' &&
                (s[nameLocation + 4] | 32) == 'e') {
-      word = "style";
+      isScript = false;
     } else {
       return tagLength;
     }
     if (tagLength < 3 || s[tagLocation + 1] == '/' || s[tagLocation + tagLength - 2] == '/') return tagLength;
-    const size_t end = findEndOfRawElement(s, n, tagLocation, word, nameLength);
+    const size_t end = rawElements.endOfElement(tagLocation, isScript);
     return end == NotFound ? tagLength : end + 1 - tagLocation;
   }
 };

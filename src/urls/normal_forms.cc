@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "norvane/urls/url_object.h"
+#include "norvane/urls/url_parts.h"
 #include "urls/url_text.h"
 
 namespace norvane::urls {

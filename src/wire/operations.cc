@@ -51,6 +51,7 @@ constexpr Operation kOperations[] = {
     {"supportsFile:handler:", kFile, R::BoxedBoolean, Protocol::ImExportXPC, true},
     // The service object's own, over the named connection.
     {"terminate:", kAny, R::None, Protocol::ServiceObject, false},
+    {"setImage:", kAny, R::None, Protocol::ServiceObject, false},
 };
 
 bool argumentFits(ArgType type, const Argument& argument) {

@@ -51,6 +51,10 @@ TEST(Operations, ProtocolsOfferWhatTheyDeclare) {
   EXPECT_TRUE(protocolOffers(Protocol::ImExportXPC, *ping));
   EXPECT_FALSE(protocolOffers(Protocol::ImExportXPC, *terminateWithArgument));
   EXPECT_TRUE(protocolOffers(Protocol::ServiceObject, *terminateWithArgument));
+  const Operation* setImage = findOperation("setImage:");
+  ASSERT_NE(setImage, nullptr);
+  EXPECT_FALSE(protocolOffers(Protocol::ImExportXPC, *setImage));
+  EXPECT_TRUE(protocolOffers(Protocol::ServiceObject, *setImage));
 }
 
 struct ArgumentCase {
@@ -94,6 +98,8 @@ TEST(Operations, ValidatesArgumentTypes) {
       {"ping", {}, true},
       {"ping", {Value()}, false},
       {"terminate:", {Value(Array{})}, true},
+      {"setImage:", {Value(String::fromUtf8("x"))}, true},
+      {"setImage:", {}, false},
   };
   for (const ArgumentCase& c : cases) {
     const Operation* operation = findOperation(c.operation);

@@ -6,7 +6,10 @@
 // it jumps to the next '<', inside a tag to the next quote or '>' (a quote
 // opens a value when an '=' stands before it), inside a quoted value to the
 // closing quote, and inside comments and marked sections to the next '>'.
-// Each jump is a vector search, 16 units a step, with a scalar tail.
+// The jumps follow a bitmap of the delimiters in a 64-unit window, built with
+// vector compares (DelimiterIndex). Script and style bodies are skipped with
+// searches whose answers are remembered, so no input makes the scan
+// quadratic.
 #pragma once
 
 #include <cstddef>

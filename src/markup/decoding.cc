@@ -45,52 +45,85 @@ String charsetOfMetaTag(const unichar* characters, Range tag) {
 }
 
 // Scans the markup ahead of its <body> for the tag that names a charset.
-CharsetHit findCharset(const String& s) {
+CharsetHit findCharset(std::u16string_view markup) {
   CharsetHit hit;
-  GetTagsOfString(s, [&hit](unichar* characters, size_t nameLocation, size_t nameLength, size_t tagLocation,
-                            size_t tagLength, size_t, unsigned tagKind) {
-    if (tagKind != kTagKindTag || nameLength < 3 || nameLength > 4) return false;
-    if (nameIs(characters, nameLocation, nameLength, "body")) return true;
-    Range tag{tagLocation, tagLength};
-    if (nameIs(characters, nameLocation, nameLength, "meta")) {
-      if (characters[tagLocation + 1] == '/') return false;
-      String charset = charsetOfMetaTag(characters, tag);
-      if (charset.isNull()) return false;
-      hit = {charset, tag};
-      return true;
-    }
-    if (nameIs(characters, nameLocation, nameLength, "xml") && nameLocation == tagLocation + 2 &&
-        characters[tagLocation + 1] == '?') {
-      String encoding = attributeOfTagCharacters(characters, tag, "ENCODING");
-      hit = {encoding.isNull() ? String::empty() : encoding, tag};
-      return true;
-    }
-    return false;
-  });
+  scanTags(markup.data(), markup.size(),
+           [&hit](const unichar* characters, size_t nameLocation, size_t nameLength, size_t tagLocation,
+                  size_t tagLength, size_t, unsigned tagKind) {
+             if (tagKind != kTagKindTag || nameLength < 3 || nameLength > 4) return false;
+             if (nameIs(characters, nameLocation, nameLength, "body")) return true;
+             Range tag{tagLocation, tagLength};
+             if (nameIs(characters, nameLocation, nameLength, "meta")) {
+               if (characters[tagLocation + 1] == '/') return false;
+               String charset = charsetOfMetaTag(characters, tag);
+               if (charset.isNull()) return false;
+               hit = {charset, tag};
+               return true;
+             }
+             if (nameIs(characters, nameLocation, nameLength, "xml") && nameLocation == tagLocation + 2 &&
+                 characters[tagLocation + 1] == '?') {
+               String encoding = attributeOfTagCharacters(characters, tag, "ENCODING");
+               hit = {encoding.isNull() ? String::empty() : encoding, tag};
+               return true;
+             }
+             return false;
+           });
   return hit;
 }
 
-// One decoding pass: the text, or null when no units came out, and its
-// count of U+FFFD.
-struct Pass {
-  String text;
-  size_t replacements = 0;
-  bool exists() const { return !text.isNull(); }
-};
-
-Pass decodePass(std::string_view data, NSStringEncoding encoding) {
-  Pass pass;
-  if (encoding == NSKamenickyStringEncoding || encoding == NSKoi8cs2StringEncoding) {
-    std::u16string units = encoding == NSKamenickyStringEncoding ? decodeKamenicky(data) : decodeKoi8cs2(data);
-    if (!units.empty()) pass.text = String::fromU16(std::move(units));
-    return pass;
-  }
-  std::u16string units;
-  if (!decodeBytesAppending(data, encoding, false, units) || units.empty()) return pass;
-  pass.replacements = countReplacementCharacters(units.data(), units.size());
-  pass.text = String::fromU16(std::move(units));
-  return pass;
+NSStringEncoding encodingOfMarkup(std::u16string_view markup) {
+  String charset = findCharset(markup).charset;
+  return charset2NSStringEncoding(charset.isNull() ? String::empty() : charset);
 }
+
+// One decoding pass into a buffer of the thread's own, so that a page costs
+// one string allocation, for the reading that wins. A pass has text when
+// units came out; it counts its U+FFFD.
+class Pass {
+ public:
+  // Which of the thread's two buffers the pass uses.
+  enum Slot { kFirst = 0, kSecond = 1 };
+
+  explicit Pass(Slot slot) : buffer_(buffers()[slot]) {}
+  ~Pass() {
+    // Keep a page's worth of capacity for the next call, not a huge one.
+    if (buffer_.capacity() > kKeptCapacity) std::u16string().swap(buffer_);
+  }
+  Pass(const Pass&) = delete;
+  Pass& operator=(const Pass&) = delete;
+
+  void decode(std::string_view data, NSStringEncoding encoding) {
+    buffer_.clear();
+    exists_ = false;
+    replacements_ = 0;
+    if (encoding == NSKamenickyStringEncoding || encoding == NSKoi8cs2StringEncoding) {
+      buffer_ = encoding == NSKamenickyStringEncoding ? decodeKamenicky(data) : decodeKoi8cs2(data);
+    } else if (decodeBytesAppending(data, encoding, false, buffer_)) {
+      replacements_ = countReplacementCharacters(buffer_.data(), buffer_.size());
+    } else {
+      buffer_.clear();
+    }
+    exists_ = !buffer_.empty();
+  }
+  void drop() { exists_ = false; }
+
+  bool exists() const { return exists_; }
+  size_t replacements() const { return replacements_; }
+  size_t length() const { return buffer_.size(); }
+  std::u16string_view units() const { return buffer_; }
+  String text() const { return String(units()); }
+
+ private:
+  static constexpr size_t kKeptCapacity = size_t{8} << 20;
+  static std::u16string* buffers() {
+    thread_local std::u16string slots[2];
+    return slots;
+  }
+
+  std::u16string& buffer_;
+  bool exists_ = false;
+  size_t replacements_ = 0;
+};
 
 // Decoding of the whole data that fails on a malformed sequence.
 String decodeWhole(std::string_view data, NSStringEncoding encoding) {
@@ -99,11 +132,12 @@ String decodeWhole(std::string_view data, NSStringEncoding encoding) {
 
 // The first of `encodings` that yields units; `used` receives it.
 String decodeWithFallbacks(std::string_view data, std::span<const CFStringEncoding> encodings, NSStringEncoding& used) {
+  Pass pass(Pass::kFirst);
   for (CFStringEncoding encoding : encodings) {
-    Pass pass = decodePass(data, nsEncodingFromCFEncoding(encoding));
+    pass.decode(data, nsEncodingFromCFEncoding(encoding));
     if (pass.exists()) {
       used = nsEncodingFromCFEncoding(encoding);
-      return pass.text;
+      return pass.text();
     }
   }
   return String();
@@ -210,41 +244,43 @@ String decodeMarkupData(std::string_view data, const String& encodingName, NSStr
     }
   }
 
-  Pass a = decodePass(data, first);
+  Pass a(Pass::kFirst);
+  a.decode(data, first);
   NSStringEncoding declared = 0;
   if (a.exists()) {
-    declared = markupEncoding(a.text);
+    declared = encodingOfMarkup(a.units());
     if (declared == first || declared == NSASCIIStringEncoding || declared == kInvalidEncoding) {
       used = first;
-      return a.text;
+      return a.text();
     }
   }
 
   const NSStringEncoding big5 = nsEncodingFromCFEncoding(kCFStringEncodingBig5);
   if (declared == NSWindowsCP1251StringEncoding) {
     if (!(first == NSUTF8StringEncoding && named)) {
-      a = Pass();
+      a.drop();
       first = NSWindowsCP1250StringEncoding;
     }
   } else if (declared == big5) {
-    a = Pass();
+    a.drop();
     first = nsEncodingFromCFEncoding(kCFStringEncodingBig5_HKSCS_1999);
   }
 
-  Pass b = declared != 0 ? decodePass(data, declared) : Pass();
+  Pass b(Pass::kSecond);
+  if (declared != 0) b.decode(data, declared);
   if (b.exists()) {
     if (a.exists() && named && first == NSUTF8StringEncoding &&
-        (declared == NSWindowsCP1251StringEncoding || declared == NSISOLatin1StringEncoding) && a.replacements == 0 &&
-        b.replacements == 0 && b.text.length() > a.text.length()) {
+        (declared == NSWindowsCP1251StringEncoding || declared == NSISOLatin1StringEncoding) && a.replacements() == 0 &&
+        b.replacements() == 0 && b.length() > a.length()) {
       used = first;
-      return a.text;
+      return a.text();
     }
-    if (!named || !a.exists() || b.replacements <= a.replacements) {
+    if (!named || !a.exists() || b.replacements() <= a.replacements()) {
       used = declared;
-      return b.text;
+      return b.text();
     }
     used = first;
-    return a.text;
+    return a.text();
   }
 
   if (declared == NSShiftJISStringEncoding) {
@@ -255,7 +291,7 @@ String decodeMarkupData(std::string_view data, const String& encodingName, NSStr
     if (!text.isNull()) return text;
   } else if (a.exists()) {
     used = first;
-    return a.text;
+    return a.text();
   }
 
   used = kInvalidEncoding;
@@ -307,33 +343,35 @@ String stringWithMarkupContentsOfFile(const std::string& path, NSStringEncoding 
       if (!xml.isNull()) return xml;
     }
 
-    Pass first = decodePass(*data, defaultEncoding);
+    Pass first(Pass::kFirst);
+    first.decode(*data, defaultEncoding);
     used = defaultEncoding;
     if (!first.exists()) return String();
-    NSStringEncoding declared = markupEncoding(first.text);
+    NSStringEncoding declared = encodingOfMarkup(first.units());
     if (declared == defaultEncoding || declared == NSASCIIStringEncoding || declared == kInvalidEncoding) {
-      return first.text;
+      return first.text();
     }
 
-    Pass second = decodePass(*data, declared);
+    Pass second(Pass::kSecond);
+    second.decode(*data, declared);
     if (second.exists()) {
-      if (second.replacements > first.replacements) return first.text;
-      if (defaultEncoding == NSUTF8StringEncoding && first.replacements == 0 && second.replacements == 0 &&
+      if (second.replacements() > first.replacements()) return first.text();
+      if (defaultEncoding == NSUTF8StringEncoding && first.replacements() == 0 && second.replacements() == 0 &&
           (declared == NSWindowsCP1251StringEncoding || declared == NSISOLatin1StringEncoding) &&
-          second.text.length() > first.text.length()) {
+          second.length() > first.length()) {
         used = NSUTF8StringEncoding;
-        return first.text;
+        return first.text();
       }
       used = declared;
-      return second.text;
+      return second.text();
     }
     if (declared != NSUTF8StringEncoding) {
       used = declared;
-      return first.text;
+      return first.text();
     }
     used = NSMacOSRomanStringEncoding;
     String macRoman = decodeWhole(*data, NSMacOSRomanStringEncoding);
-    return macRoman.isNull() ? first.text : macRoman;
+    return macRoman.isNull() ? first.text() : macRoman;
   }();
   if (usedEncoding) *usedEncoding = used;
   return result;

@@ -254,9 +254,9 @@ bool decodeWithIcu(const char* converterName, std::string_view bytes, bool stric
     ucnv_setToUCallBack(converter, substituteReplacementCharacter, nullptr, nullptr, nullptr, &status);
   }
   size_t start = out.size();
-  // Every encoding here yields at most two units per byte (UTF-32 and a
-  // few stateful forms yield fewer); grow on overflow all the same.
-  size_t capacity = std::max<size_t>(bytes.size() * 2, 32);
+  // Nearly every encoding yields at most one unit per byte; the buffer
+  // grows for the few that yield more.
+  size_t capacity = bytes.size() + 32;
   const char* source = bytes.data();
   const char* sourceLimit = source + bytes.size();
   size_t written = 0;

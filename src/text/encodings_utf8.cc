@@ -2,6 +2,7 @@
 
 #include <emmintrin.h>
 
+#include <algorithm>
 #include <cstdint>
 
 #include "norvane/text/encodings.h"
@@ -91,10 +92,19 @@ bool decodeUtf8(std::string_view bytes, bool strict, std::u16string& out) {
   char16_t* target = out.data() + start;
   size_t written = 0;
   while (i < length) {
-    size_t ascii = widenAscii(p + i, length - i, target + written);
-    i += ascii;
-    written += ascii;
-    if (i >= length) break;
+    uint8_t lead = p[i];
+    if (lead < 0x80) {
+      size_t ascii = widenAscii(p + i, length - i, target + written);
+      i += ascii;
+      written += ascii;
+      continue;
+    }
+    // Two-byte sequences, the common case of European and Cyrillic text.
+    if (lead >= 0xC2 && lead <= 0xDF && i + 1 < length && isTrail(p[i + 1])) {
+      target[written++] = static_cast<char16_t>((lead & 0x1F) << 6 | (p[i + 1] & 0x3F));
+      i += 2;
+      continue;
+    }
     int32_t codePoint;
     i += decodeSequence(p + i, length - i, codePoint);
     if (codePoint < 0) {
@@ -150,12 +160,23 @@ std::optional<std::string> encodeUtf8(std::u16string_view text, bool lossy) {
 
 size_t countReplacementCharacters(const unichar* units, size_t length) {
   const __m128i replacement = _mm_set1_epi16(static_cast<short>(0xFFFD));
+  const __m128i zero = _mm_setzero_si128();
+  const size_t whole = length & ~size_t{7};
   size_t count = 0;
   size_t i = 0;
-  for (; i + 8 <= length; i += 8) {
-    __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
-    int mask = _mm_movemask_epi8(_mm_cmpeq_epi16(block, replacement));
-    count += static_cast<size_t>(__builtin_popcount(mask)) / 2;
+  while (i < whole) {
+    // Each 16-bit lane counts its matches (0xFFFF is -1); flush before a
+    // lane can overflow.
+    __m128i lanes = zero;
+    size_t end = std::min(whole, i + size_t{8} * 0xFFFF);
+    for (; i < end; i += 8) {
+      __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units + i));
+      lanes = _mm_sub_epi16(lanes, _mm_cmpeq_epi16(block, replacement));
+    }
+    __m128i sum = _mm_add_epi32(_mm_unpacklo_epi16(lanes, zero), _mm_unpackhi_epi16(lanes, zero));
+    sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0x4E));
+    sum = _mm_add_epi32(sum, _mm_shuffle_epi32(sum, 0xB1));
+    count += static_cast<uint32_t>(_mm_cvtsi128_si32(sum));
   }
   for (; i < length; ++i) count += units[i] == 0xFFFD;
   return count;

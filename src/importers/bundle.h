@@ -20,7 +20,6 @@ class Bundle {
   String bundleIdentifier() const;
   // The value of an Info.plist key; null when absent.
   const Value* objectForInfoDictionaryKey(std::u16string_view key) const { return info_.find(key); }
-  const Dictionary& infoDictionary() const { return info_; }
   // The shared object named by "CFBundleExecutable"; empty when unnamed.
   std::string executablePath() const;
   // True when the shared object exists and is an ELF shared object for this

@@ -108,7 +108,6 @@ class MetaDataImporter {
   // Attaches the later stages of metaDataOfFileAtPath(); call before use.
   void setMetadataStages(MetadataStages stages) { stages_ = std::move(stages); }
 
-  const ImporterRoots& roots() const { return roots_; }
   // The installation's importer that serves only by exact type/extension.
   std::string archivesImporterPath() const { return roots_.system + "/Archives.mdimporter"; }
 

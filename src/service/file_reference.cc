@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstring>
 
+#include "importers/plugin_host.h"
 #include "norvane/core/log.h"
 
 namespace norvane::service {
@@ -17,11 +18,6 @@ constexpr size_t kHeaderLength = sizeof kMagic + 1 + 4;
 
 std::atomic<uint64_t> starts{0};
 std::atomic<uint64_t> stops{0};
-
-bool isUnreserved(unsigned char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
-         c == '_' || c == '~' || c == '/';
-}
 
 int hexValue(char c) {
   if (c >= '0' && c <= '9') return c - '0';
@@ -60,18 +56,7 @@ std::optional<Url> URLByResolvingBookmarkData(const Data& bookmark, std::string*
 }
 
 Url fileURLWithPath(const String& path) {
-  static const char kHex[] = "0123456789ABCDEF";
-  std::string url = "file://";
-  for (unsigned char c : path.toUtf8()) {
-    if (isUnreserved(c)) {
-      url += static_cast<char>(c);
-    } else {
-      url += '%';
-      url += kHex[c >> 4];
-      url += kHex[c & 15];
-    }
-  }
-  return Url{String::fromLatin1(url)};
+  return Url{String::fromLatin1(importers::fileUrlOfPath(path.toUtf8()))};
 }
 
 String pathOfFileURL(const Url& url) {

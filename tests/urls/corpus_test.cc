@@ -63,10 +63,14 @@ TEST_F(Corpus, UnchangedResultsAreTheReceiver) {
   for (const String& url : corpusURLs()) {
     for (auto [name, form] : kForms) {
       String result = form(url);
-      if (result == url) EXPECT_TRUE(result.isSameObject(url)) << name << ": " << U(url);
+      if (result == url) {
+        EXPECT_TRUE(result.isSameObject(url)) << name << ": " << U(url);
+      }
     }
     String utf8 = stringByReplacingPercentEscapesOfURL(url);
-    if (utf8 == url) EXPECT_TRUE(utf8.isSameObject(url)) << U(url);
+    if (utf8 == url) {
+      EXPECT_TRUE(utf8.isSameObject(url)) << U(url);
+    }
   }
 }
 
@@ -86,7 +90,9 @@ TEST_F(Corpus, ClassificationAgreesWithTheScan) {
     EXPECT_TRUE(isEqualToStringURL(url, url)) << U(url);
     EXPECT_FALSE(stringURLScheme(url).isNull()) << U(url);
     std::optional<UrlParts> parts = parseUrl(url.view());
-    if (parts) EXPECT_TRUE(parts->hasAuthority) << U(url);
+    if (parts) {
+      EXPECT_TRUE(parts->hasAuthority) << U(url);
+    }
     // Touch every predicate: none may fault on real input.
     topics += stringURLIsTopicOrThread(url);
     (void)stringURLIsAdvertisement(url);

@@ -218,13 +218,19 @@ TEST(Removing, QueryParameter) {
                {"http://p.com/x?ved=1&ved=2", "http://p.com/x"},
                {"http://p.com/ved=1?ved=2", nullptr},
                {"ved=1", nullptr},
-               {"http://p.com/x?q=1", nullptr}});
+               {"http://p.com/x?q=1", nullptr},
+               {"http://p.com/x?ved=1&", "http://p.com/x"},
+               {"http://p.com/x;ved=1;q", "http://p.com/x;q"},
+               {"http://p.com/x;ved=1?q", "http://p.com/x;q"},
+               {"http://p.com/x?ved=1;q", "http://p.com/x"}});
 }
 
 TEST(Removing, SessionIdentifiers) {
   expectCases("session", stringURLByRemovingSessionIDs,
               {{"http://x.com/a.php?sid=abc1&x=1", "http://x.com/a.php?x=1"},
                {"http://x.com/a.php?sid=123", nullptr},
+               {"http://x.com/a.php?sid=abc&", "http://x.com/a.php"},  // terminator at the very end
+               {"http://x.com/a.php?x=1&sid=abc&", "http://x.com/a.php?x=1"},
                {"http://x.com/a.php?p_sid=123", "http://x.com/a.php"},
                {"http://x.com/a.php?cid=12&cid=ab", nullptr},
                {"http://x.com/a.php?cid=1a", "http://x.com/a.php"},

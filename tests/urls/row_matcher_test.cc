@@ -55,6 +55,16 @@ TEST(RowMatcher, AgreesOnEveryRowInContext) {
   }
 }
 
+TEST(RowMatcher, RowsOfOneAndTwoUnits) {
+  const char* const rows[] = {"q", "ab", "xyz", nullptr};
+  detail::RowMatcher matcher(rows);
+  for (const char16_t* t : {u"q", u"-q", u"ab", u"-ab", u"xy", u"-xyz", u"a", u"b", u"yz", u"", u"\u00e9q"}) {
+    std::u16string_view v(t);
+    EXPECT_EQ(matcher.matches(v.data(), v.size()), text::fastContainsSubCStrings(v.data(), v.size(), rows))
+        << String(v).toUtf8();
+  }
+}
+
 TEST(RowMatcher, TellsWhichOfSeveralTablesMatch) {
   std::vector<const char*> ads = rowsOf("general-ad");
   std::vector<const char*> paths = rowsOf("ad-path");

@@ -310,6 +310,21 @@ TEST_F(ProcessTest, FramesMayArriveInPiecesOrTogether) {
   }
 }
 
+TEST_F(ProcessTest, AFrameThatStallsIsDroppedAfterTheRequestTimeout) {
+  int listener = makeListener();
+  auto helper = start(listener);
+  ::close(listener);
+  Client stalledNamed = named(), stalledListener = viaListener(), idle = named();
+  ASSERT_TRUE(stalledNamed.sendRaw(littleEndian32(50) + "begun"));
+  ASSERT_TRUE(stalledListener.sendRaw(littleEndian32(50) + "begun"));
+  auto begun = std::chrono::steady_clock::now();
+  EXPECT_TRUE(stalledNamed.closedByPeer(25000));
+  EXPECT_TRUE(stalledListener.closedByPeer(25000));
+  EXPECT_GE(std::chrono::steady_clock::now() - begun, 14s);
+  // A connection that sent nothing may wait as long as it likes.
+  EXPECT_TRUE(idle.call("ping"));
+}
+
 struct BadFrame {
   const char* name;
   std::string bytes;

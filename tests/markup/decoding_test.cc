@@ -7,7 +7,10 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "norvane/core/log.h"
 #include "norvane/core/unicode.h"
 
 namespace norvane::markup {
@@ -235,6 +238,18 @@ TEST(StringWithMarkupData, NamedFirstPassAgainstDeclaredEncoding) {
   EXPECT_EQ(stringWithMarkupData(latin2Bytes, s("iso-8859-2"), NSUTF8StringEncoding, String()), s(latin2));
 }
 
+TEST(StringWithMarkupData, EqualCountsFavourTheDeclaration) {
+  std::string ascii = page("<meta charset=\"windows-1252\">", "only ASCII here");
+  NSStringEncoding used = 0;
+  EXPECT_EQ(stringWithMarkupData(ascii, s("iso-8859-2"), NSUTF8StringEncoding, String(), &used), s(ascii));
+  EXPECT_EQ(used, NSWindowsCP1252StringEncoding);
+  // Declared ASCII ends the decoding after the first pass.
+  std::string declaredAscii = page("<meta charset=\"us-ascii\">", "only ASCII here");
+  EXPECT_EQ(stringWithMarkupData(declaredAscii, s("iso-8859-2"), NSUTF8StringEncoding, String(), &used),
+            s(declaredAscii));
+  EXPECT_EQ(used, NSISOLatin2StringEncoding);
+}
+
 TEST(StringWithMarkupData, CzechEncodingsOfOurOwn) {
   std::string text = "Příliš žluťoučký kůň úpěl ďábelské ódy";
   for (const char* charset : {"x-kam-cs", "koi8-cs2"}) {
@@ -264,6 +279,42 @@ TEST(StringWithMarkupData, EmptyAndUndecodable) {
                                  "b",
                                  NSUTF8StringEncoding),
             u"a\uFFFDb");
+}
+
+TEST(StringWithMarkupData, ConcurrentDecodingOnManyThreads) {
+  // Passes use buffers of their thread; pages of different encodings and
+  // sizes decoded at once must not see each other's units.
+  std::vector<std::string> pages, expected;
+  for (const Sample& sample : kSamples) {
+    std::string utf8 = page((std::string("<meta charset=\"") + sample.charset + "\">").c_str(), sample.text);
+    for (int i = 0; i < 50; ++i) utf8 += "<p>" + std::string(sample.text) + "</p>";
+    pages.push_back(icuEncode(sample.converter, utf8));
+    expected.push_back(utf8);
+  }
+  std::vector<std::thread> threads;
+  std::vector<int> failures(4, 0);
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 30; ++round) {
+        size_t k = (t * 7 + round) % pages.size();
+        if (stringWithMarkupData(pages[k], NSUTF8StringEncoding).toUtf8() != expected[k]) ++failures[t];
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int t = 0; t < 4; ++t) EXPECT_EQ(failures[t], 0) << t;
+}
+
+TEST(StringWithMarkupData, UnknownNameFallsBackToMarkAndDefault) {
+  std::string utf8 = page("", "Größe");
+  LogCapture log;
+  // A name that maps to nothing leaves the default in charge.
+  EXPECT_EQ(stringWithMarkupData(utf8, s("no-such-charset"), NSUTF8StringEncoding, String()), s(utf8));
+  EXPECT_TRUE(log.contains("Unknown/Unsupported encoding: no-such-charset"));
+  // A Content-Type without a charset names nothing.
+  EXPECT_EQ(stringWithMarkupDataAndContentType(utf8, s("text/html"), NSUTF8StringEncoding), s(utf8));
+  std::string latin1 = icuEncode("ISO-8859-1", utf8);
+  EXPECT_EQ(stringWithMarkupDataAndContentType(latin1, s("text/html; charset=latin1"), NSUTF8StringEncoding), s(utf8));
 }
 
 // ---- files -----------------------------------------------------------------

@@ -286,6 +286,9 @@ TEST(EncodingCount, CountsReplacementCharacters) {
     }
     EXPECT_EQ(countReplacementCharacters(text.data(), text.size()), expected) << length;
   }
+  // More matches than one 16-bit lane can hold before it is flushed.
+  std::u16string all(8 * 0xFFFF * 2 + 5, u'\uFFFD');
+  EXPECT_EQ(countReplacementCharacters(all.data(), all.size()), all.size());
 }
 
 }  // namespace

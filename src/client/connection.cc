@@ -2,6 +2,7 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,7 +29,7 @@ std::shared_ptr<Connection> Connection::connectToName(std::string_view name) {
   return std::make_shared<Connection>(fd, std::string(name));
 }
 
-Connection::Connection(int fd, std::string name) : fd_(fd), name_(std::move(name)) {
+Connection::Connection(int fd, std::string name) : fd_(fd), name_(std::move(name)), reader_(fd) {
   if (auto credentials = wire::peerCredentials(fd)) peerPid_ = credentials->pid;
 }
 
@@ -61,6 +62,19 @@ int milliseconds(double seconds) {
 
 }  // namespace
 
+void Connection::setReplyTimeout(double seconds) {
+  replyTimeout_ = seconds;
+  // Replies are read with plain blocking calls; the socket itself enforces
+  // the timeout, which saves a poll per reply.
+  timeval limit{};
+  if (seconds > 0) {
+    limit.tv_sec = static_cast<time_t>(seconds);
+    limit.tv_usec = static_cast<suseconds_t>((seconds - static_cast<double>(limit.tv_sec)) * 1e6);
+    if (limit.tv_sec == 0 && limit.tv_usec == 0) limit.tv_usec = 1;
+  }
+  if (fd_ >= 0) ::setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+}
+
 TransportError Connection::call(wire::Request& request, wire::Reply& reply) {
   if (fd_ < 0) return TransportError::Invalid;
   request.id = nextId_++;
@@ -72,10 +86,11 @@ TransportError Connection::call(wire::Request& request, wire::Reply& reply) {
   if (status != wire::IoStatus::Ok) {
     error = status == wire::IoStatus::Timeout ? TransportError::Timeout : TransportError::Send;
   } else if (!request.noReply) {
-    status = wire::readFrame(fd_, buffer_, milliseconds(replyTimeout_));
+    std::span<const uint8_t> body;
+    status = reader_.next(body);
     if (status != wire::IoStatus::Ok) {
       error = status == wire::IoStatus::Timeout ? TransportError::Timeout : TransportError::Receive;
-    } else if (!wire::decodeReply(buffer_, reply) || reply.id != request.id) {
+    } else if (!wire::decodeReply(body, reply) || reply.id != request.id) {
       error = TransportError::Receive;
     } else if (!reply.error.empty()) {
       return TransportError::Refused;

@@ -5,7 +5,9 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 namespace norvane::wire {
 
@@ -132,6 +134,42 @@ IoStatus writeFrame(int fd, std::span<const uint8_t> body, int timeoutMs) {
     if (IoStatus s = waitFor(fd, POLLOUT, timeoutMs); s != IoStatus::Ok) return s;
   }
   return IoStatus::Ok;
+}
+
+IoStatus FrameReader::next(std::span<const uint8_t>& body) {
+  constexpr size_t kChunk = 64 * 1024;
+  for (;;) {
+    size_t consumed = 0;
+    IoStatus status = parseFrame({buffer_.data() + begin_, end_ - begin_}, body, consumed);
+    if (status == IoStatus::Ok) {
+      begin_ += consumed;
+      return status;
+    }
+    if (status != IoStatus::Truncated) return status;
+
+    // Make room: move what is left to the front, and grow to hold the whole
+    // frame once its length is known.
+    if (begin_ > 0) {
+      std::memmove(buffer_.data(), buffer_.data() + begin_, end_ - begin_);
+      end_ -= begin_;
+      begin_ = 0;
+    }
+    size_t wanted = end_ + kChunk;
+    if (end_ >= kFrameHeaderLength) wanted = std::max(wanted, kFrameHeaderLength + loadLittleEndian32(buffer_.data()));
+    if (buffer_.size() < wanted) buffer_.resize(wanted);
+
+    ssize_t n = ::recv(fd_, buffer_.data() + end_, buffer_.size() - end_, 0);
+    if (n < 0 && errno == ENOTSOCK) n = ::read(fd_, buffer_.data() + end_, buffer_.size() - end_);
+    if (n > 0) {
+      end_ += static_cast<size_t>(n);
+    } else if (n == 0) {
+      return end_ == 0 ? IoStatus::Closed : IoStatus::Truncated;
+    } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+      return IoStatus::Timeout;
+    } else if (errno != EINTR) {
+      return IoStatus::Error;
+    }
+  }
 }
 
 IoStatus parseFrame(std::span<const uint8_t> bytes, std::span<const uint8_t>& body, size_t& consumed) {

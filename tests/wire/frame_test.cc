@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -204,6 +205,74 @@ TEST(Frame, ParseFrameInMemory) {
   EXPECT_EQ(parseFrame(std::span<const uint8_t>(stream).first(3), body, consumed), IoStatus::Truncated);
   Bytes huge = header(kMaxFrameLength + 1);
   EXPECT_EQ(parseFrame(huge, body, consumed), IoStatus::TooLarge);
+}
+
+TEST(FrameReader, ReadsFramesThatArriveTogether) {
+  SocketPair pair;
+  Bytes stream;
+  for (uint8_t i = 1; i <= 10; ++i) appendFrame(stream, Bytes(i, i));
+  pair.writeRaw(stream);
+  FrameReader reader(pair.fds[1]);
+  std::span<const uint8_t> body;
+  for (uint8_t i = 1; i <= 10; ++i) {
+    ASSERT_EQ(reader.next(body), IoStatus::Ok);
+    EXPECT_EQ(Bytes(body.begin(), body.end()), Bytes(i, i));
+  }
+  pair.closeEnd(0);
+  EXPECT_EQ(reader.next(body), IoStatus::Closed);
+}
+
+TEST(FrameReader, ReadsAFrameLargerThanItsBufferAcrossManyWrites) {
+  SocketPair pair;
+  Bytes big(3 << 20);
+  for (size_t i = 0; i < big.size(); ++i) big[i] = static_cast<uint8_t>(i * 13);
+  std::thread writer([&] {
+    writeFrame(pair.fds[0], Bytes{0xc0});
+    writeFrame(pair.fds[0], big);
+    writeFrame(pair.fds[0], Bytes{0xc3});
+  });
+  FrameReader reader(pair.fds[1]);
+  std::span<const uint8_t> body;
+  ASSERT_EQ(reader.next(body), IoStatus::Ok);
+  EXPECT_EQ(Bytes(body.begin(), body.end()), Bytes{0xc0});
+  ASSERT_EQ(reader.next(body), IoStatus::Ok);
+  EXPECT_TRUE(std::equal(body.begin(), body.end(), big.begin(), big.end()));
+  ASSERT_EQ(reader.next(body), IoStatus::Ok);
+  EXPECT_EQ(Bytes(body.begin(), body.end()), Bytes{0xc3});
+  writer.join();
+}
+
+TEST(FrameReader, RefusesBadLengthsAndTruncation) {
+  struct Case {
+    const char* what;
+    Bytes bytes;
+    IoStatus status;
+  };
+  Bytes shortBody = header(3);
+  shortBody.push_back(0x01);
+  const Case cases[] = {
+      {"oversized", header(kMaxFrameLength + 1), IoStatus::TooLarge},
+      {"empty", header(0), IoStatus::Empty},
+      {"short body", shortBody, IoStatus::Truncated},
+      {"half a header", {0x01, 0x00}, IoStatus::Truncated},
+  };
+  for (const Case& c : cases) {
+    SocketPair pair;
+    pair.writeRaw(c.bytes);
+    pair.closeEnd(0);
+    FrameReader reader(pair.fds[1]);
+    std::span<const uint8_t> body;
+    EXPECT_EQ(reader.next(body), c.status) << c.what;
+  }
+}
+
+TEST(FrameReader, SocketReceiveTimeoutGivesTimeout) {
+  SocketPair pair;
+  timeval limit{0, 50000};
+  ASSERT_EQ(::setsockopt(pair.fds[1], SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit), 0);
+  FrameReader reader(pair.fds[1]);
+  std::span<const uint8_t> body;
+  EXPECT_EQ(reader.next(body), IoStatus::Timeout);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "norvane/wire/frame.h"
 #include "norvane/wire/message.h"
 
 namespace norvane::client {
@@ -55,7 +56,7 @@ class Connection {
   // Seconds; 0 or less waits without limit. The request timeout bounds
   // writing a request, the reply timeout waiting for its reply.
   void setRequestTimeout(double seconds) { requestTimeout_ = seconds; }
-  void setReplyTimeout(double seconds) { replyTimeout_ = seconds; }
+  void setReplyTimeout(double seconds);
   double requestTimeout() const { return requestTimeout_; }
   double replyTimeout() const { return replyTimeout_; }
 
@@ -72,6 +73,7 @@ class Connection {
   double requestTimeout_ = 0;
   double replyTimeout_ = 0;
   wire::Bytes buffer_;
+  wire::FrameReader reader_;
 };
 
 // The per-thread cache. Names that are empty are ignored.

@@ -34,6 +34,23 @@ IoStatus readFrame(int fd, Bytes& body, int timeoutMs = -1);
 // Writes the header and `body` in one call where the socket allows.
 IoStatus writeFrame(int fd, std::span<const uint8_t> body, int timeoutMs = -1);
 
+// Reads frames through a buffer, so that small frames cost one read call
+// each (or less, when several arrive together). Reads block; a receive
+// timeout set on the socket (SO_RCVTIMEO) gives Timeout. Restarts on EINTR.
+class FrameReader {
+ public:
+  explicit FrameReader(int fd) : fd_(fd) {}
+  // The next frame's body, valid until the next call. Statuses as
+  // readFrame's. After a failure the reader should not be used again.
+  IoStatus next(std::span<const uint8_t>& body);
+
+ private:
+  int fd_;
+  Bytes buffer_;
+  size_t begin_ = 0;  // unread bytes are buffer_[begin_, end_)
+  size_t end_ = 0;
+};
+
 // Parses a frame held in memory: answers the body when `bytes` starts with a
 // complete frame within the limits, and sets `consumed` to the frame's size.
 // `status` tells why not otherwise (Truncated when more bytes are needed).

@@ -16,7 +16,7 @@
 namespace norvane::text {
 namespace {
 
-enum class Provider : uint8_t { None, Icu, Iconv, Utf8, Kamenicky, Koi8cs2 };
+enum class Provider : uint8_t { None, Icu, Iconv, Utf8, Kamenicky, Koi8cs2, NonLossyAscii };
 
 struct EncodingRow {
   CFStringEncoding encoding;
@@ -151,7 +151,7 @@ const EncodingRow kRows[] = {
     {kCFStringEncodingKOI8_U, "KOI8-U", "KOI8-U", nullptr},
     {kCFStringEncodingBig5_E, "Big5-E", "Big5", nullptr},
     {kCFStringEncodingNextStepLatin, "NeXTSTEP Latin", nullptr, nullptr},
-    {kCFStringEncodingNonLossyASCII, "Non-lossy ASCII", nullptr, nullptr},
+    {kCFStringEncodingNonLossyASCII, "Non-lossy ASCII", nullptr, nullptr, Provider::NonLossyAscii},
     {kCFStringEncodingUTF7, "UTF-7", "UTF-7", nullptr},
     {kCFStringEncodingUTF8, "UTF-8", "UTF-8", nullptr, Provider::Utf8},
     {kCFStringEncodingUTF32, "UTF-32", "UTF-32", nullptr},
@@ -428,6 +428,8 @@ std::optional<std::string> encode(std::u16string_view text, NSStringEncoding nsE
       return encodeKamenicky(text, lossy);
     case Provider::Koi8cs2:
       return encodeKoi8cs2(text, lossy);
+    case Provider::NonLossyAscii:
+      return encodeNonLossyAscii(text);
     case Provider::Icu:
       return encodeWithIcu(row->icuName, text, lossy);
     case Provider::Iconv:
@@ -495,6 +497,9 @@ bool decodeBytesAppending(std::string_view bytes, NSStringEncoding nsEncoding, b
     case Provider::Kamenicky:
       out += decodeKamenicky(bytes);
       ok = true;
+      break;
+    case Provider::NonLossyAscii:
+      ok = decodeNonLossyAscii(bytes, strict, out);
       break;
     case Provider::Koi8cs2:
       ok = decodeKoi8cs2Appending(bytes, strict, out);

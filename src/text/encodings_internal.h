@@ -13,6 +13,11 @@ namespace norvane::text {
 bool decodeUtf8(std::string_view bytes, bool strict, std::u16string& out);
 std::optional<std::string> encodeUtf8(std::u16string_view text, bool lossy);
 
+// Non-lossy ASCII: escapes for everything outside ASCII; every text has a
+// form, so encoding never fails.
+bool decodeNonLossyAscii(std::string_view bytes, bool strict, std::u16string& out);
+std::string encodeNonLossyAscii(std::u16string_view text);
+
 bool decodeKoi8cs2Appending(std::string_view bytes, bool strict, std::u16string& out);
 std::optional<std::string> encodeKamenicky(std::u16string_view text, bool lossy);
 std::optional<std::string> encodeKoi8cs2(std::u16string_view text, bool lossy);

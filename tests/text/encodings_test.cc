@@ -230,6 +230,24 @@ TEST(EncodingCzech, RoundTripsCzechAndSlovakLetters) {
   EXPECT_FALSE(decodeBytesStrict("\x80", NSKoi8cs2StringEncoding).has_value());
 }
 
+TEST(EncodingNonLossyAscii, EscapesEverythingOutsideAscii) {
+  std::u16string text = u"a\\b é 日本 \u00FF\u0100";
+  std::optional<std::string> bytes = encodeString(text, NSNonLossyASCIIStringEncoding);
+  ASSERT_TRUE(bytes.has_value());
+  EXPECT_EQ(*bytes, "a\\\\b \\351 \\u65e5\\u672c \\377\\u0100");
+  EXPECT_EQ(*decodeBytesStrict(*bytes, NSNonLossyASCIIStringEncoding), text);
+  // Upper-case hex digits read too; what starts no escape stays as it is.
+  EXPECT_EQ(*decodeBytes("\\u65E5 \\x \\u12 \\400 end\\", NSNonLossyASCIIStringEncoding), u"日 \\x \\u12 \\400 end\\");
+  EXPECT_EQ(*decodeBytes("a\xE9"
+                         "b",
+                         NSNonLossyASCIIStringEncoding),
+            u"a\uFFFDb");
+  EXPECT_FALSE(decodeBytesStrict("a\xE9"
+                                 "b",
+                                 NSNonLossyASCIIStringEncoding)
+                   .has_value());
+}
+
 TEST(EncodingEncode, StrictFailsWhereLossySubstitutes) {
   EXPECT_FALSE(encodeString(u"price: €5", NSISOLatin1StringEncoding).has_value());
   EXPECT_EQ(*encodeStringLossy(u"price: €5", NSISOLatin1StringEncoding), "price: ?5");

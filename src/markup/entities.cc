@@ -6,7 +6,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "norvane/text/chars.h"
@@ -315,18 +317,45 @@ size_t convertStdEntities2Characters(unichar* characters, size_t length) {
 // ---------------------------------------------------------------------------
 // String forms towards characters
 
+namespace {
+
+// A copy of a string's units to work on in place: on the stack up to 256
+// units, else on the heap. `data()` is null if the allocation failed.
+class WorkingCopy {
+ public:
+  explicit WorkingCopy(const String& string) : length_(string.length()) {
+    if (length_ > std::size(stack_)) heap_.reset(new (std::nothrow) unichar[length_]);
+    units_ = length_ > std::size(stack_) ? heap_.get() : stack_;
+    if (units_ != nullptr) std::memcpy(units_, string.data(), length_ * sizeof(unichar));
+  }
+  unichar* data() { return units_; }
+
+  // The receiver if the first `length` units equal all of it, else a new
+  // string of them.
+  String result(const String& receiver, size_t length) const {
+    if (length == length_ && std::memcmp(units_, receiver.data(), length * sizeof(unichar)) == 0) return receiver;
+    return String(units_, length);
+  }
+
+ private:
+  size_t length_;
+  unichar stack_[256];
+  std::unique_ptr<unichar[]> heap_;
+  unichar* units_;
+};
+
+}  // namespace
+
 String stringByConvertingEntitiesToCharacters(const String& string, bool convertStandard, bool onlyNumericEntities,
                                               bool nonUmlauted) {
   const size_t length = string.length();
   if (length < 4) return string;
-  const unichar* units = string.data();
-  if (!nonUmlauted && std::char_traits<unichar>::find(units, length, '&') == nullptr) return string;
-  std::u16string converted(units, length);
-  const size_t written = convertEntities2Characters(converted.data(), converted.data(), 0, length, convertStandard,
+  if (!nonUmlauted && std::char_traits<unichar>::find(string.data(), length, '&') == nullptr) return string;
+  WorkingCopy copy(string);
+  if (copy.data() == nullptr) return string;
+  const size_t written = convertEntities2Characters(copy.data(), copy.data(), 0, length, convertStandard,
                                                     onlyNumericEntities, nonUmlauted);
-  converted.resize(written);
-  if (converted == string.view()) return string;
-  return String::fromU16(std::move(converted));
+  return copy.result(string, written);
 }
 
 String stringByConvertingEntitiesToCharacters(const String& string) {
@@ -339,12 +368,11 @@ String stringByConvertingEntitiesToCharactersNonUmlauted(const String& string, b
 
 String stringByConvertingStandardEntitiesToCharacters(const String& string) {
   const size_t length = string.length();
-  if (length < 4) return string;
-  std::u16string converted(string.view());
-  const size_t written = convertStdEntities2Characters(converted.data(), length);
-  if (written == length) return string;
-  converted.resize(written);
-  return String::fromU16(std::move(converted));
+  if (length < 4 || std::char_traits<unichar>::find(string.data(), length, '&') == nullptr) return string;
+  WorkingCopy copy(string);
+  if (copy.data() == nullptr) return string;
+  const size_t written = convertStdEntities2Characters(copy.data(), length);
+  return written == length ? string : String(copy.data(), written);
 }
 
 // ---------------------------------------------------------------------------

@@ -129,6 +129,15 @@ TEST(Entities, StringFormsReturnTheReceiverWhenUnchanged) {
   EXPECT_EQ(stringByConvertingEntitiesToCharactersNonUmlauted(S("Crème"), true), S("Creme"));
   EXPECT_EQ(stringByConvertingStandardEntitiesToCharacters(S("&lt;p&gt; &eacute;")), S("<p> &eacute;"));
   EXPECT_TRUE(stringByConvertingEntitiesToCharacters(String()).isNull());
+
+  // Longer than the stack buffer.
+  std::string longText, longExpected;
+  for (int k = 0; k < 100; ++k) longText += "x&lt;&eacute;&#65;", longExpected += "x<éA";
+  EXPECT_EQ(stringByConvertingEntitiesToCharacters(S(longText.c_str())), S(longExpected.c_str()));
+  const String longPlain = S(std::string(1000, 'y').append("&bogus;").c_str());
+  EXPECT_TRUE(stringByConvertingEntitiesToCharacters(longPlain).isSameObject(longPlain));
+  EXPECT_EQ(stringByConvertingStandardEntitiesToCharacters(S((longText + "&gt;").c_str())).length(),
+            S((longText + "&gt;").c_str()).length() - 303);
 }
 
 TEST(Entities, TowardsEntities) {

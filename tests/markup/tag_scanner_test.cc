@@ -9,6 +9,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "norvane/core/log.h"
@@ -631,6 +632,60 @@ TEST(ScannerOnRealPages, PrefixesOfPagesKeepOneClosingCall) {
       ASSERT_TRUE(ordered) << pages[p] << " cut at " << cut;
     }
   }
+}
+
+// Every href of an <a> tag on the pages, read by the attribute reader,
+// equals the text between ` href="` and the next '"' in the tag: the pages
+// quote all their attributes with '"'.
+TEST(ScannerOnRealPages, HrefValuesMatchTheQuotedText) {
+  const auto pages = pythonDocPages();
+  if (pages.size() < 100) GTEST_SKIP() << "python3.11-doc is not installed";
+  size_t links = 0;
+  for (size_t p = 0; p < pages.size(); p += 5) {
+    const String text = String::fromUtf8(readFile(pages[p]));
+    bool ok = true;
+    GetTagsOfString(text, [&](unichar* c, size_t nameLocation, size_t nameLength, size_t tagLocation, size_t tagLength,
+                              size_t, unsigned kind) {
+      if (kind != 1 || nameLength != 1 || (c[nameLocation] | 32) != 'a' || c[tagLocation + 1] == '/') return false;
+      const std::u16string_view tag(c + tagLocation, tagLength);
+      const size_t marker = tag.find(u" href=\"");
+      const Range found = rangeOfAttributeOfTagCharacters(c, Range{tagLocation, tagLength}, "HREF");
+      if (marker == std::u16string_view::npos) {
+        ok = ok && !found.found();
+        return false;
+      }
+      const size_t start = marker + 7;
+      const size_t stop = tag.find(u'"', start);
+      std::u16string_view expected = tag.substr(start, stop - start);
+      while (!expected.empty() && (expected.back() == ' ' || expected.back() == '\n')) expected.remove_suffix(1);
+      if (expected.empty()) {
+        ok = ok && !found.found();
+      } else {
+        ok = ok && found.found() && std::u16string_view(c + found.location, found.length) == expected;
+        EXPECT_TRUE(ok) << pages[p] << ": " << utf16ToUtf8(tag);
+      }
+      ++links;
+      return !ok;
+    });
+    ASSERT_TRUE(ok) << pages[p];
+  }
+  EXPECT_GT(links, 10000u);
+}
+
+// Scans share nothing: several threads scanning the same strings see the
+// same calls.
+TEST(Scanner, ConcurrentScansAgree) {
+  const String page = S("<html><head><script>a<b</script></head><body class='x'>t<!-- c --> &amp; <br/></body>");
+  const auto expected = scan(page);
+  std::vector<std::thread> threads;
+  std::vector<int> agreed(4, 0);
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int round = 0; round < 200; ++round) agreed[t] += scan(page) == expected;
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  for (int t = 0; t < 4; ++t) EXPECT_EQ(agreed[t], 200);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ const NSStringEncoding kDefaults[] = {
     NSWindowsCP1251StringEncoding, NSUnicodeStringEncoding,        NSUTF16LittleEndianStringEncoding,
     NSKamenickyStringEncoding,     NSISO2022JPStringEncoding,      0x80000A03 /* Big5 */,
     0x80000930 /* EUC-CN */,       0x80000931 /* EUC-TW, iconv */, 0x80000510 /* Johab, iconv */,
+    NSNonLossyASCIIStringEncoding, NSKoi8cs2StringEncoding,
 };
 
 const char* const kNames[] = {"", "utf-8", "x-sjis", "koi8-cs2", "gb2312", "utf-16", "windows-1251", "hz-gb-2312"};

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <optional>
 
 #include "norvane/markup/entities.h"
@@ -143,26 +145,30 @@ String decodeWithFallbacks(std::string_view data, std::span<const CFStringEncodi
   return String();
 }
 
+// Reads a file with plain reads straight into the result.
 std::optional<std::string> readWholeFile(const std::string& path) {
   int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return std::nullopt;
   std::string data;
   struct stat info;
-  if (::fstat(fd, &info) == 0 && S_ISREG(info.st_mode)) data.reserve(static_cast<size_t>(info.st_size));
-  char buffer[65536];
+  size_t expected = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode) ? static_cast<size_t>(info.st_size) : 0;
+  data.resize(std::max<size_t>(expected + 1, 65536));
+  size_t filled = 0;
   bool ok = true;
   for (;;) {
-    ssize_t got = ::read(fd, buffer, sizeof buffer);
+    if (filled == data.size()) data.resize(data.size() * 2);
+    ssize_t got = ::read(fd, data.data() + filled, data.size() - filled);
     if (got < 0) {
       if (errno == EINTR) continue;
       ok = false;
       break;
     }
     if (got == 0) break;
-    data.append(buffer, static_cast<size_t>(got));
+    filled += static_cast<size_t>(got);
   }
   ::close(fd);
   if (!ok) return std::nullopt;
+  data.resize(filled);
   return data;
 }
 

@@ -1,6 +1,7 @@
 // norvane query: grep for the query language. Lists the files whose text
 // matches a query, optionally with extracts around the hits, or shows how a
 // query is read.
+#include <cctype>
 #include <cstdio>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -9,6 +10,8 @@
 
 #include "command.h"
 #include "norvane/core/unicode.h"
+#include "norvane/markup/decoding.h"
+#include "norvane/markup/plain_text.h"
 #include "norvane/query/evaluation.h"
 #include "norvane/query/extracts.h"
 #include "norvane/query/query_terms.h"
@@ -37,6 +40,22 @@ String decodeText(const std::string& bytes) {
     return String::fromU16(std::move(units));
   }
   return String::fromUtf8(bytes);
+}
+
+bool isHtmlPath(const std::string& path) {
+  size_t dot = path.rfind('.');
+  if (dot == std::string::npos) return false;
+  std::string extension = path.substr(dot + 1);
+  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return extension == "html" || extension == "htm" || extension == "xhtml" || extension == "shtml";
+}
+
+// HTML files are decoded as markup (byte-order mark, declared charset) and
+// searched as the text a reader sees; other files as text.
+String textOfFile(const std::string& path, const std::string& bytes) {
+  if (!isHtmlPath(path)) return decodeText(bytes);
+  String html = markup::stringWithMarkupData(bytes, text::NSUTF8StringEncoding);
+  return markup::stringByConvertingHtml2PlainText(html);
 }
 
 int runParse(const Invocation& in) {
@@ -84,7 +103,7 @@ int runQuery(const Invocation& in) {
       anyError = true;
       continue;
     }
-    String text = decodeText(*bytes);
+    String text = textOfFile(path, *bytes);
     auto enumerator = query::FastWordEnumerator::enumeratorWithString(text);
     if (!enumerator || !query::matchesEnumerator(tree, *enumerator, {0, text.length()}, comparison)) continue;
     anyMatch = true;
@@ -137,7 +156,8 @@ const Registration kQuery{{
     .details = "Words may hold the wildcards * and ?, and bracket expressions [a-z]. Operators: AND, OR,\n"
                "XOR, NOT (or -), NEAR, NEAR/n, BEFORE/n, AFTER/n, NEXT, OPT, \"phrases\" and (groups).\n"
                "Comparison is exact by default. Text files are read as UTF-8, or UTF-16 after a byte-order\n"
-               "mark; FILE - reads standard input. Exit status: 0 when some file matched, 1 when none did,\n"
+               "mark; HTML files (.html, .htm, .xhtml, .shtml) as the text a reader sees; FILE - reads\n"
+               "standard input. Exit status: 0 when some file matched, 1 when none did,\n"
                "2 on bad usage or when a file could not be read. See docs/query-language.md.",
 }};
 

@@ -10,6 +10,7 @@
 #include <tuple>
 #include <vector>
 
+#include "norvane/core/log.h"
 #include "norvane/core/unicode.h"
 #include "norvane/query/query_terms.h"
 
@@ -123,6 +124,22 @@ TEST(QueryEvaluation, SampleTableThroughEnumeration) {
           << row.query;
     }
   }
+}
+
+TEST(QueryEvaluation, SelfCheckAgreesWithTheTable) {
+  // The library's own table is the one above, and its self-check passes.
+  ASSERT_EQ(queryTestCases().size(), std::size(kTable));
+  for (size_t i = 0; i < std::size(kTable); ++i) {
+    EXPECT_STREQ(queryTestCases()[i].query, kTable[i].query);
+    EXPECT_EQ(queryTestCases()[i].expected, kTable[i].expected) << kTable[i].query;
+  }
+  EXPECT_EQ(queryTestString(), String::fromUtf8(kSample));
+  LogCapture capture;
+  EXPECT_TRUE(testQueryTerms());
+  std::vector<std::string> messages = capture.messages();
+  ASSERT_EQ(messages.size(), 48u);
+  EXPECT_EQ(messages[0], "Success: tempor AND duo => Yes");
+  EXPECT_EQ(messages[1], "Success: tempor AND NOT duo => No");
 }
 
 TEST(QueryEvaluation, ProximityDistances) {

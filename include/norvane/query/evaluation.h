@@ -24,6 +24,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "norvane/core/string.h"
@@ -122,5 +123,21 @@ Range findNextQueryTerm(const String& s, std::vector<String>& strings, bool isMu
                         bool anchored, bool exactPhrase);
 Range findPreviousQueryTerm(const String& s, std::vector<String>& strings, bool isMutable, Range range,
                             bool caseSensitive, bool anchored, bool exactPhrase);
+
+// --- Self-check ---
+
+// A row of the built-in table of queries and whether each matches the test
+// string (wildcard mode, case-insensitive).
+struct QueryTestCase {
+  bool expected;
+  const char* query;
+};
+// "Lorem ipsum dolor sit amet, ..." with "tempor invidunt ut labore" in it.
+const String& queryTestString();
+// The 48 rows of the table.
+std::span<const QueryTestCase> queryTestCases();
+// Parses and matches every row and logs "Success: <query> => Yes" (or
+// "Failed: ...", with the result found, "Yes" or "No"); true when all hold.
+bool testQueryTerms();
 
 }  // namespace norvane::query

@@ -18,10 +18,10 @@ using namespace norvane;
 using namespace norvane::text;
 
 const NSStringEncoding kDefaults[] = {
-    NSUTF8StringEncoding,          NSISOLatin1StringEncoding,      NSShiftJISStringEncoding,
-    NSWindowsCP1251StringEncoding, NSUnicodeStringEncoding,        NSUTF16LittleEndianStringEncoding,
-    NSKamenickyStringEncoding,     NSISO2022JPStringEncoding,      0x80000A03 /* Big5 */,
-    0x80000930 /* EUC-CN */,       0x80000931 /* EUC-TW, iconv */, 0x80000510 /* Johab, iconv */,
+    NSUTF8StringEncoding,          NSISOLatin1StringEncoding, NSShiftJISStringEncoding,
+    NSWindowsCP1251StringEncoding, NSUnicodeStringEncoding,   NSUTF16LittleEndianStringEncoding,
+    NSKamenickyStringEncoding,     NSISO2022JPStringEncoding, 0x80000A03 /* Big5 */,
+    0x80000930 /* EUC-CN */,       0x80000931 /* EUC-TW */,   0x80000510 /* Johab, iconv */,
     NSNonLossyASCIIStringEncoding, NSKoi8cs2StringEncoding,
 };
 

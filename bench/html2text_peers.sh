@@ -73,9 +73,9 @@ done
 # Prints "wall_seconds cpu_seconds" for one loop over a list.
 measure() {
   local command=$1 list=$2 loop
-  loop="while IFS= read -r f; do $command \"\$f\" >/dev/null 2>&1 </dev/null; done <\"$list\""
+  loop="while IFS= read -r f; do $command \"\$f\" >/dev/null 2>&1 </dev/null; done <\"$list\"; true"
   if command -v hyperfine >/dev/null 2>&1; then
-    hyperfine --style none --warmup 1 --runs "$runs" --export-json "$work/result.json" \
+    hyperfine --style none --ignore-failure --warmup 1 --runs "$runs" --export-json "$work/result.json" \
       --shell bash "$loop" >/dev/null 2>&1
     jq -r '.results[0] | "\(.mean) \(.user + .system)"' "$work/result.json"
   else

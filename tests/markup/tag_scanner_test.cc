@@ -408,6 +408,8 @@ TEST(Scanner, HeaderFields) {
   EXPECT_EQ(headerFieldNamed(S("NAME=a b c"), S("NAME"), u'\'', 0), S("a b c"));
   EXPECT_EQ(headerFieldNamed(S("NAME=a,b"), S("NAME"), u'\'', u','), S("a"));
   EXPECT_TRUE(headerFieldNamed(S("NAME=a"), S("")).isNull());
+  EXPECT_TRUE(headerFieldNamed(S("name=a"), S("name")).isNull());  // names are given in upper case
+  EXPECT_EQ(headerFieldNamed(S("name=a"), S("NAME")), S("a"));
   EXPECT_EQ(HTTPHeaderFieldNamed(S("Digest REALM=\"a,b\", NONCE=x, y"), S("NONCE")), S("x"));
   EXPECT_EQ(HTTPHeaderFieldNamed(S("REALM=\"a,b\""), S("REALM")), S("a,b"));
 }

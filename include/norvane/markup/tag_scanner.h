@@ -185,8 +185,9 @@ String attributeOfStringWithName(const String& string, Range range, const String
 
 // ---------------------------------------------------------------------------
 // Header lines such as a Content-Type or Refresh value: "NAME=value".
-// `name` is matched through the upper-case table anywhere in the line (no
-// check of what precedes it: "XCHARSET=" matches CHARSET).
+// The line is read through the upper-case table and compared with `name` as
+// given, so `name` must be upper case ("CHARSET"); it matches anywhere in the
+// line, with no check of what precedes it ("XCHARSET=" matches CHARSET).
 //
 // headerFieldNamed: the value behind "name=" (no white space skipped behind
 // '='); quoted by `quotation` it runs to the same quote, otherwise to

@@ -8,6 +8,7 @@
 
 #include "norvane/query/wildcards.h"
 #include "norvane/text/chars.h"
+#include "norvane/text/strings.h"
 
 namespace norvane::query {
 
@@ -375,6 +376,15 @@ String queryTermForOperators(const String& query, uint32_t flags, const Dictiona
   return QueryTerms::withString(query).queryTermForOperators(flags, operatorWords);
 }
 
+String plusWildcardString(const String& query) {
+  return QueryTerms::withWildcard(query).plusString();
+}
+std::vector<String> plusWildcardParts(const String& query) {
+  return QueryTerms::withWildcard(query).plusParts();
+}
+std::vector<String> plusWildcardWords(const String& query) {
+  return QueryTerms::withWildcard(query).plusWords();
+}
 std::vector<String> plusWildcards(const String& query) {
   return QueryTerms::withWildcard(query).plusWildcards();
 }
@@ -392,25 +402,13 @@ String wildcardQueryTermForOperators(const String& query, uint32_t flags, const 
 }
 
 String queryTermWithoutSiteOperator(const String& query) {
-  text::CharacterSetRep white = text::whiteCharacterSetRep();
-  std::u16string_view units = query.view();
   std::u16string kept;
-  bool dropped = false;
-  size_t i = 0;
-  while (i < units.size()) {
-    while (i < units.size() && text::isInRep(white, units[i])) ++i;
-    size_t begin = i;
-    while (i < units.size() && !text::isInRep(white, units[i])) ++i;
-    if (begin == i) break;
-    std::u16string_view component = units.substr(begin, i - begin);
-    if (component.starts_with(u"site:")) {
-      dropped = true;
-      continue;
-    }
+  for (const String& component : text::componentsUsingWhiteSeparation(query)) {
+    if (component.view().starts_with(u"site:")) continue;
     if (!kept.empty()) kept.push_back(u' ');
-    kept.append(component);
+    kept.append(component.view());
   }
-  if (!dropped && kept == units) return query;
+  if (kept == query.view()) return query;
   return String::fromU16(std::move(kept));
 }
 

@@ -1,7 +1,11 @@
 // Checks the examples of docs/query-language.md, so that the user guide
 // stays true.
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -99,6 +103,74 @@ TEST_F(DocsExamples, WrittenFormsAsDocumented) {
     }
   }
   EXPECT_GE(checked, 5u);
+}
+
+// The command as the guide describes it: grep-like output and exit status.
+class QueryCommand : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    program_ = std::string(NORVANE_BINARY_DIR) + "/src/cli/norvane";
+    if (!std::filesystem::exists(program_)) GTEST_SKIP() << "the norvane program is not built";
+    dir_ = std::filesystem::temp_directory_path() / ("norvane-query-" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir_);
+    write("a.txt", "Lorem tempor invidunt ut labore.\nSecond line.\n");
+    write("b.txt", "Nothing of interest.\n");
+    write("c.html", "<html><head><script>var tempor;</script></head><body><p>Caf\xC3\xA9 tempor</p></body></html>");
+    write("d.txt", std::string("\xFF\xFE", 2) + std::string("t\0e\0m\0p\0o\0r\0", 12));
+  }
+  void TearDown() override {
+    if (!dir_.empty()) std::filesystem::remove_all(dir_);
+  }
+  void write(const std::string& name, const std::string& bytes) {
+    std::ofstream(dir_ / name, std::ios::binary) << bytes;
+  }
+  // Runs the command in the temp folder; answers the exit status and
+  // standard output.
+  int run(const std::string& arguments, std::string* output) {
+    std::string command = "cd '" + dir_.string() + "' && '" + program_ + "' query " + arguments + " 2>/dev/null";
+    FILE* pipe = popen(command.c_str(), "r");
+    if (!pipe) return -1;
+    output->clear();
+    char buffer[4096];
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output->append(buffer, n);
+    int status = pclose(pipe);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+  std::string program_;
+  std::filesystem::path dir_;
+};
+
+TEST_F(QueryCommand, ListsMatchingFilesWithGrepExitStatus) {
+  std::string out;
+  EXPECT_EQ(run("'tempor NEXT invidunt' a.txt b.txt", &out), 0);
+  EXPECT_EQ(out, "a.txt\n");
+  EXPECT_EQ(run("missing a.txt b.txt", &out), 1);
+  EXPECT_EQ(out, "");
+  EXPECT_EQ(run("tempor", &out), 2);
+  EXPECT_EQ(run("AND a.txt", &out), 2);
+  EXPECT_EQ(run("tempor nofile.txt", &out), 2);
+}
+
+TEST_F(QueryCommand, OptionsAndFileKinds) {
+  std::string out;
+  // Exact by default; -i ignores case.
+  EXPECT_EQ(run("TEMPOR a.txt", &out), 1);
+  EXPECT_EQ(run("-i TEMPOR a.txt", &out), 0);
+  EXPECT_EQ(run("Cafe c.html", &out), 1);
+  EXPECT_EQ(run("--ignore-diacritics Cafe c.html", &out), 0);
+  EXPECT_EQ(run("-i --ignore-diacritics cAFE c.html", &out), 0);
+  // HTML is searched as the text a reader sees: the script is left out.
+  EXPECT_EQ(run("var c.html", &out), 1);
+  // UTF-16 after a byte-order mark.
+  EXPECT_EQ(run("tempor d.txt", &out), 0);
+  EXPECT_EQ(run("--extracts labore a.txt", &out), 0);
+  EXPECT_EQ(out, "a.txt\n  1: Lorem tempor invidunt ut labore.\n");
+}
+
+TEST_F(QueryCommand, ParseShowsBothForms) {
+  std::string out;
+  EXPECT_EQ(run("--parse 'Foo AND bar OR NOT baz NEAR/2 qux'", &out), 0);
+  EXPECT_EQ(out, "standardized: Foo bar OR -baz qux\nnormalized: foo bar|-baz NEAR/2 qux\n");
 }
 
 }  // namespace

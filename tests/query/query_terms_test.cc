@@ -300,6 +300,11 @@ TEST(QueryTermsLists, WordsAndWildcards) {
             (std::vector<std::string>{"e mail", "e-mail"}));
   EXPECT_TRUE(QueryTerms::withWildcard(u"NOT").plusWildcards().empty());
   EXPECT_EQ(utf8All(plusWildcards(String(u"b* a"))), (std::vector<std::string>{"a", "b*"}));
+  // The string forms parse in wildcard mode: the bracket stays in its word.
+  EXPECT_EQ(u8(plusWildcardString(String(u"[a b]c -d"))), "[a b]c");
+  EXPECT_EQ(u8(plusString(String(u"[a b]c -d"))), "c");
+  EXPECT_EQ(utf8All(plusWildcardParts(String(u"~ab x"))), (std::vector<std::string>{"*ab*", "x"}));
+  EXPECT_EQ(utf8All(plusWildcardWords(String(u"a-b* \"c d\""))), (std::vector<std::string>{"a", "b*", "c", "d"}));
 }
 
 TEST(QueryTermsLists, ExtendedWildcardsAddNeighbourPairs) {

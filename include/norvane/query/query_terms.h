@@ -153,6 +153,9 @@ String normalizedQueryTerm(const String& query);
 String queryTermForOperators(const String& query, uint32_t flags, const Dictionary* operatorWords = nullptr);
 
 // ... and in wildcard mode.
+String plusWildcardString(const String& query);
+std::vector<String> plusWildcardParts(const String& query);
+std::vector<String> plusWildcardWords(const String& query);
 std::vector<String> plusWildcards(const String& query);
 std::vector<String> extendedPlusWildcards(const String& query);
 String standardizedWildcardQueryTerm(const String& query);

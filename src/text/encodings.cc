@@ -382,11 +382,14 @@ std::optional<std::string> encodeWithIconv(const char* name, std::u16string_view
   for (;;) {
     char* target = out.data() + written;
     size_t targetLeft = out.size() - written;
+    // Once the input is used up, the last call returns a stateful encoding
+    // to its initial shift state.
+    bool flushing = inLeft == 0;
     size_t result =
-        inLeft ? iconv(cd, &in, &inLeft, &target, &targetLeft) : iconv(cd, nullptr, nullptr, &target, &targetLeft);
+        flushing ? iconv(cd, nullptr, nullptr, &target, &targetLeft) : iconv(cd, &in, &inLeft, &target, &targetLeft);
     written = out.size() - targetLeft;
     if (result != static_cast<size_t>(-1)) {
-      if (inLeft == 0) break;
+      if (flushing) break;
       continue;
     }
     if (errno == E2BIG) {

@@ -124,6 +124,11 @@ const RoundTrip kRoundTrips[] = {
     {nsEncodingFromCFEncoding(kCFStringEncodingVISCII), "iconv:VISCII", "Tiếng Việt"},
     {nsEncodingFromCFEncoding(kCFStringEncodingWindowsKoreanJohab), "iconv:JOHAB", "한국어"},
     {nsEncodingFromCFEncoding(kCFStringEncodingISOLatin10), "iconv:ISO-8859-16", "Românește Șș Țț"},
+    {nsEncodingFromCFEncoding(kCFStringEncodingEUC_TW), "EUC-TW", "中文文本，繁體字"},
+    {nsEncodingFromCFEncoding(kCFStringEncodingHZ_GB_2312), "HZ-GB-2312", "中文 text 简体字"},
+    {nsEncodingFromCFEncoding(kCFStringEncodingISO_2022_JP_3), "iconv:ISO-2022-JP-3", "いろは 日本語"},
+    {nsEncodingFromCFEncoding(kCFStringEncodingShiftJIS_X0213), "iconv:SHIFT_JISX0213", "いろは 日本語"},
+    {nsEncodingFromCFEncoding(kCFStringEncodingMacUkrainian), "iconv:MAC-UK", "Українська мова"},
 };
 
 TEST(EncodingRoundTrip, DecodesTextMadeByIcuAndIconv) {

@@ -16,7 +16,7 @@
 namespace norvane::text {
 namespace {
 
-enum class Provider : uint8_t { None, Icu, Iconv, Utf8, Kamenicky, Koi8cs2, NonLossyAscii };
+enum class Provider : uint8_t { None, Icu, Iconv, Utf8, Kamenicky, Koi8cs2, NonLossyAscii, JisX0201 };
 
 struct EncodingRow {
   CFStringEncoding encoding;
@@ -119,7 +119,7 @@ const EncodingRow kRows[] = {
     {kCFStringEncodingWindowsVietnamese, "Windows-1258", "windows-1258", nullptr},
     {kCFStringEncodingWindowsKoreanJohab, "Johab", nullptr, "JOHAB"},
     {kCFStringEncodingASCII, "US-ASCII", "US-ASCII", nullptr},
-    {kCFStringEncodingJIS_X0201_76, "JIS X0201-76", nullptr, nullptr},
+    {kCFStringEncodingJIS_X0201_76, "JIS X0201-76", nullptr, nullptr, Provider::JisX0201},
     {kCFStringEncodingJIS_X0208_83, "JIS X0208-83", nullptr, nullptr},
     {kCFStringEncodingJIS_X0208_90, "JIS X0208-90", nullptr, nullptr},
     {kCFStringEncodingJIS_X0212_90, "JIS X0212-90", nullptr, nullptr},
@@ -433,6 +433,8 @@ std::optional<std::string> encode(std::u16string_view text, NSStringEncoding nsE
       return encodeKoi8cs2(text, lossy);
     case Provider::NonLossyAscii:
       return encodeNonLossyAscii(text);
+    case Provider::JisX0201:
+      return encodeJisX0201(text, lossy);
     case Provider::Icu:
       return encodeWithIcu(row->icuName, text, lossy);
     case Provider::Iconv:
@@ -503,6 +505,9 @@ bool decodeBytesAppending(std::string_view bytes, NSStringEncoding nsEncoding, b
       break;
     case Provider::NonLossyAscii:
       ok = decodeNonLossyAscii(bytes, strict, out);
+      break;
+    case Provider::JisX0201:
+      ok = decodeJisX0201(bytes, strict, out);
       break;
     case Provider::Koi8cs2:
       ok = decodeKoi8cs2Appending(bytes, strict, out);

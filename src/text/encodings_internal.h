@@ -18,6 +18,10 @@ std::optional<std::string> encodeUtf8(std::u16string_view text, bool lossy);
 bool decodeNonLossyAscii(std::string_view bytes, bool strict, std::u16string& out);
 std::string encodeNonLossyAscii(std::u16string_view text);
 
+// JIS X0201 (Roman and half-width katakana).
+bool decodeJisX0201(std::string_view bytes, bool strict, std::u16string& out);
+std::optional<std::string> encodeJisX0201(std::u16string_view text, bool lossy);
+
 bool decodeKoi8cs2Appending(std::string_view bytes, bool strict, std::u16string& out);
 std::optional<std::string> encodeKamenicky(std::u16string_view text, bool lossy);
 std::optional<std::string> encodeKoi8cs2(std::u16string_view text, bool lossy);

@@ -253,6 +253,17 @@ TEST(EncodingNonLossyAscii, EscapesEverythingOutsideAscii) {
                    .has_value());
 }
 
+TEST(EncodingJisX0201, RomanAndHalfWidthKatakana) {
+  NSStringEncoding jis = nsEncodingFromCFEncoding(kCFStringEncodingJIS_X0201_76);
+  EXPECT_EQ(*decodeBytesStrict("a\x5C\x7E\xA1\xB1\xDF", jis), u"a\u00A5\u203E\uFF61\uFF71\uFF9F");
+  EXPECT_EQ(*decodeBytes("\x80\xE0", jis), u"\uFFFD\uFFFD");
+  EXPECT_FALSE(decodeBytesStrict("\xE0", jis).has_value());
+  std::u16string text = u"Price \u00A5100 \uFF76\uFF80\uFF76\uFF85";
+  EXPECT_EQ(*decodeBytesStrict(*encodeString(text, jis), jis), text);
+  EXPECT_FALSE(encodeString(u"back\\slash", jis).has_value());
+  EXPECT_EQ(*encodeStringLossy(u"~", jis), "?");
+}
+
 TEST(EncodingEncode, StrictFailsWhereLossySubstitutes) {
   EXPECT_FALSE(encodeString(u"price: €5", NSISOLatin1StringEncoding).has_value());
   EXPECT_EQ(*encodeStringLossy(u"price: €5", NSISOLatin1StringEncoding), "price: ?5");

@@ -7,16 +7,19 @@
 // crash or sanitizer report, a non-null result for a non-empty input and the
 // receiver itself for an empty one, at most 8 output units per input unit
 // (the size of the buffer written through a raw cursor), the input left as
-// it was although entities are converted in place, and the same answer from
-// a second run. The simplified conversion and stripTags run on the same
+// it was although entities are converted in place, the same answer from a
+// second run, and, with no entity conversion, no visible unit in the output
+// that the input did not hold. The simplified conversion and stripTags run on the same
 // text with their own bounds.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <vector>
 
 #include "norvane/markup/plain_text.h"
+#include "norvane/text/chars.h"
 
 using norvane::String;
 using norvane::unichar;
@@ -35,6 +38,25 @@ void checkResult(const String& html, const String& result, size_t maxUnitsPerInp
   }
   check(!result.isNull());
   check(result.length() <= maxUnitsPerInputUnit * html.length());
+}
+
+// The units of `s` that are not white space, sorted.
+std::vector<unichar> sortedVisibleUnits(const String& s) {
+  const norvane::text::CharacterSetRep white = norvane::text::whiteCharacterSetRep();
+  std::vector<unichar> units;
+  for (size_t i = 0; i < s.length(); ++i) {
+    if (!norvane::text::isInRep(white, s[i])) units.push_back(s[i]);
+  }
+  std::sort(units.begin(), units.end());
+  return units;
+}
+
+// Without entity conversion the converter only copies text and adds spaces
+// and line feeds: every other unit of the output is a unit of the input,
+// used at most as often.
+bool visibleUnitsDrawnFrom(const String& output, const String& input) {
+  const std::vector<unichar> out = sortedVisibleUnits(output), in = sortedVisibleUnits(input);
+  return std::includes(in.begin(), in.end(), out.begin(), out.end());
 }
 
 }  // namespace
@@ -56,6 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   check(html.view() == std::u16string_view(units.data(), units.size()));
   // An empty input or a page whose scan reached no content reports nothing.
   if (result.isSameObject(html)) check(!didRemoveJunk);
+  if (!entities && !stdEntities) check(visibleUnitsDrawnFrom(result, html));
 
   bool againRemovedJunk = false;
   const String again =

@@ -42,6 +42,18 @@ uint64_t distanceValue(const unichar* units, size_t length) {
   return negative ? 0 : value;
 }
 
+// A word that may match inside longer words, as a pattern: "*word*",
+// unless it begins and ends with "*" already.
+String substringPattern(std::u16string_view word) {
+  if (!word.empty() && word.front() == u'*' && word.back() == u'*') return String(word);
+  std::u16string wrapped;
+  wrapped.reserve(word.size() + 2);
+  wrapped.push_back(u'*');
+  wrapped.append(word);
+  wrapped.push_back(u'*');
+  return String::fromU16(std::move(wrapped));
+}
+
 }  // namespace
 
 // The parser of one group. Groups in parentheses are parsed by a parser of
@@ -170,7 +182,10 @@ size_t QueryParser::readGroup(QueryTerms& group, size_t open) {
     QueryTerms child = std::move(inner.children_.front());
     child.queryOperator_ = operator_;
     child.queryNot_ = child.queryNot_ != negation_;
-    child.querySubstr_ = child.querySubstr_ || groupSubstring_;
+    if (groupSubstring_ && !child.querySubstr_) {
+      child.querySubstr_ = true;
+      if (wildcard_ && child.isWord_) child.word_ = substringPattern(child.word_.view());
+    }
     child.proximityDistance_ = distance_;
     group.addChild(std::move(child));
   } else if (!inner.children_.empty()) {
@@ -240,16 +255,7 @@ bool QueryParser::addPart(QueryTerms& group, size_t begin, size_t end, bool phra
   leaf.querySubstr_ = substring_;
   leaf.queryPhrase_ = phrase;
   leaf.proximityDistance_ = distance_;
-  if (wildcard_ && substring_ && !(length >= 1 && word[0] == u'*' && word[length - 1] == u'*')) {
-    std::u16string wrapped;
-    wrapped.reserve(length + 2);
-    wrapped.push_back(u'*');
-    wrapped.append(word, length);
-    wrapped.push_back(u'*');
-    leaf.word_ = String::fromU16(std::move(wrapped));
-  } else {
-    leaf.word_ = String(word, length);
-  }
+  leaf.word_ = wildcard_ && substring_ ? substringPattern({word, length}) : String(word, length);
   group.addChild(std::move(leaf));
   return true;
 }

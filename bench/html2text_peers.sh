@@ -87,11 +87,11 @@ measure() {
   fi
 }
 
-declare -A wall cpu startWall startCpu
+declare -A wall cpu startCpu
 for name in "${available[@]}"; do
   echo "timing $name on $count pages..." >&2
-  read -r wall[$name] cpu[$name] < <(measure "${commands[$name]}" "$work/list")
-  read -r startWall[$name] startCpu[$name] < <(measure "${commands[$name]}" "$work/tiny")
+  read -r "wall[$name]" "cpu[$name]" < <(measure "${commands[$name]}" "$work/list")
+  read -r _ "startCpu[$name]" < <(measure "${commands[$name]}" "$work/tiny")
 done
 
 megabytes=$(awk -v b="$bytes" 'BEGIN { printf "%.1f", b / 1e6 }')

@@ -6,7 +6,8 @@
 #   bench/metadata_peer.sh [NORVANE]     (default: build-rel/src/cli/norvane)
 #
 # Environment: N (files, 10000), BATCH (files per command line, 1000),
-# NORVANE_HELPER (the helper program, if not found beside NORVANE).
+# NORVANE_HELPER (the helper program, if not found beside NORVANE), PEER=0
+# to leave out the (slow) peer run.
 # Each tool gets the files in batches of BATCH per invocation. Three runs:
 #   norvane (cold)  every invocation launches its own helper and ends it
 #   norvane (warm)  one helper started before, used by every invocation
@@ -61,13 +62,15 @@ warm=$(rate "norvane (warm)" "$start" "$end")
 warm_found=$(grep -c '"kMDItemTextContent"' "$work/out.warm" || true)
 "$norvane" helper stop >/dev/null
 
+if [[ ${PEER:-1} != 0 ]]; then
 start=$(now)
 dbus-run-session -- xargs -n "$batch" tracker3 extract <"$work/list" >"$work/out.tracker" 2>/dev/null
 end=$(now)
 peer=$(rate "tracker3 extract" "$start" "$end")
 peer_found=$(grep -c 'nie:plainTextContent' "$work/out.tracker" || true)
+fi
 
 echo "files: $files, batch: $batch, $(nproc) CPUs, load $(cut -d' ' -f1-3 /proc/loadavg)"
 echo "$cold   (text for $cold_found)"
 echo "$warm   (text for $warm_found)"
-echo "$peer   (text for $peer_found)"
+[[ ${PEER:-1} == 0 ]] || echo "$peer   (text for $peer_found)"

@@ -1,5 +1,7 @@
 #include "importers/metadata_importer.h"
 
+#include "importers/attribute_repairs.h"
+
 #include <fcntl.h>
 #include <glib.h>
 #include <spawn.h>
@@ -415,7 +417,7 @@ std::optional<Dictionary> MetaDataImporter::metaDataOfFileAtPath(const String& p
   getMetaData(&attributes, path);
   std::string filePath = path.toUtf8();
   if (attributes && !attributes->empty()) {
-    if (stages_.repairAttributes) stages_.repairAttributes(filePath, *attributes);
+    repairAttributes(filePath, *attributes);
   } else if (stages_.readFileItself) {
     stages_.readFileItself(filePath, attributes);
   }

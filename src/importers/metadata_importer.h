@@ -50,11 +50,9 @@ struct ImporterTables {
   std::vector<std::pair<std::pair<std::string, std::string>, FactoryLocation>> factoryLocations;
 };
 
-// Stages of metaDataOfFileAtPath() that other subsystems attach. Each
+// The stage of metaDataOfFileAtPath() that the format readers attach. It
 // receives the working path and the attributes so far.
 struct MetadataStages {
-  // Runs when there are attributes and they are not empty.
-  std::function<void(const std::string& path, Dictionary& attributes)> repairAttributes;
   // Runs when there are no attributes or they are empty; may create them.
   std::function<void(const std::string& path, std::optional<Dictionary>& attributes)> readFileItself;
 };

@@ -1,4 +1,4 @@
-#include "attribute_repairs.h"
+#include "importers/attribute_repairs.h"
 
 #include <gtest/gtest.h>
 
@@ -22,8 +22,8 @@ TEST(AttributeRepairsTest, MellelDropsBareTags) {
   EXPECT_FALSE(d.contains(u"kMDItemAuthors"));
   EXPECT_TRUE(d.contains(u"kMDItemComment"));
   EXPECT_TRUE(d.contains(u"kMDItemKeywords"));
-  EXPECT_TRUE(d.contains(u"kMDItemHTMLContent"));  // "<p>x</p>" is not one bare tag, and no other rule runs
-  EXPECT_FALSE(d.contains(u"kMDItemTextContent"));
+  EXPECT_FALSE(d.contains(u"kMDItemHTMLContent"));  // only the ends and white space count
+  EXPECT_FALSE(d.contains(u"kMDItemTextContent"));  // no other rule runs
 }
 
 TEST(AttributeRepairsTest, MhtTextIsAlwaysConverted) {

@@ -162,14 +162,19 @@ void testHiddenTextForJunk(PlainTextContext& c, unichar* characters, size_t loca
   if (alphaNumCount >= 100 && separatorRuns >= 5 && alphaNumCount / separatorRuns >= 6) c.didRemoveJunk = true;
 }
 
+// Compares an attribute's value with a lower-case ASCII word in place,
+// without making a string: the hot tags (div, span) carry a class on nearly
+// every occurrence.
 bool attributeEqualsNoCase(const unichar* characters, size_t tagLocation, size_t tagLength, const char* name,
-                           const char16_t* expected) {
-  String value = attributeOfTagCharacters(characters, Range{tagLocation, tagLength}, name);
-  return !value.isNull() && text::isEqualToStringNoCase(value, String(expected));
+                           const char* expected) {
+  Range value = rangeOfAttributeOfTagCharacters(characters, Range{tagLocation, tagLength}, name);
+  if (!value.found() || value.length != std::strlen(expected)) return false;
+  return text::fastCaseInsensitiveCompareUnicharsWithChars(characters + value.location, value.length, expected,
+                                                           value.length) == 0;
 }
 
 bool isHiddenBlock(const unichar* characters, size_t tagLocation, size_t tagLength) {
-  return attributeEqualsNoCase(characters, tagLocation, tagLength, "CLASS", u"hidden") ||
+  return attributeEqualsNoCase(characters, tagLocation, tagLength, "CLASS", "hidden") ||
          isHiddenStyle(characters, tagLocation, tagLength);
 }
 
@@ -562,6 +567,7 @@ unichar* appendRangeToPlainText(PlainTextContext* context, unichar* characters, 
 }
 
 bool isHiddenStyle(const unichar* characters, size_t location, size_t length) {
+  if (!rangeOfAttributeOfTagCharacters(characters, Range{location, length}, "STYLE").found()) return false;
   String style = attributeOfTagCharacters(characters, Range{location, length}, "STYLE");
   if (style.isNull()) return false;
   std::u16string_view s = style.view();

@@ -57,17 +57,22 @@ const Reps& reps() {
   return *built;
 }
 
-struct Tables {
+// The case tables are built on their own: most callers never need the
+// diacritic fold, whose construction normalises every letter.
+struct CaseTables {
   unichar lower[kUnits];
   unichar upper[kUnits];
+  // For each ASCII unit, every unit whose upper-table image it is (at most
+  // four, counted in `preimageCount`). Lets the case-insensitive search scan
+  // for candidates with SIMD.
+  std::array<std::array<unichar, 4>, 128> upperPreimages;
+  std::array<uint8_t, 128> preimageCount;
+};
+
+struct FoldTables {
   unichar umlauts[kUnits];
   unichar lowerUmlauts[kUnits];
   unichar upperUmlauts[kUnits];
-  // For each ASCII unit, every unit whose upper-table image it is (at most
-  // four, the rest 0xFFFF with count in `preimageCount`). Lets the
-  // case-insensitive search scan for candidates with SIMD.
-  std::array<std::array<unichar, 4>, 128> upperPreimages;
-  std::array<uint8_t, 128> preimageCount;
 };
 
 using CaseMapping = int32_t (*)(UChar*, int32_t, const UChar*, int32_t, const char*, UErrorCode*);
@@ -100,22 +105,14 @@ unichar foldDiacritics(unichar u, const icu::Normalizer2& nfd, const icu::Normal
   return composed.charAt(0);
 }
 
-const Tables& tables() {
-  static const Tables* built = [] {
-    auto* t = new Tables();
+const CaseTables& caseTables() {
+  static const CaseTables* built = [] {
+    auto* t = new CaseTables();
     const Reps& r = reps();
-    UErrorCode status = U_ZERO_ERROR;
-    const icu::Normalizer2* nfd = icu::Normalizer2::getNFDInstance(status);
-    const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
     for (uint32_t c = 0; c < kUnits; ++c) {
       unichar u = static_cast<unichar>(c);
       t->lower[c] = isInRep(r.upper, u) ? mapOneUnit(u, u_strToLower) : u;
       t->upper[c] = isInRep(r.lower, u) ? mapOneUnit(u, u_strToUpper) : u;
-      t->umlauts[c] = (U_SUCCESS(status) && isInRep(r.alpha, u)) ? foldDiacritics(u, *nfd, *nfc) : u;
-    }
-    for (uint32_t c = 0; c < kUnits; ++c) {
-      t->lowerUmlauts[c] = t->lower[t->umlauts[c]];
-      t->upperUmlauts[c] = t->upper[t->umlauts[c]];
     }
     for (auto& list : t->upperPreimages) list.fill(0xFFFF);
     t->preimageCount.fill(0);
@@ -128,6 +125,25 @@ const Tables& tables() {
         if (count < 4) t->upperPreimages[image][count] = static_cast<unichar>(c);
         if (count < 255) ++count;
       }
+    }
+    return t;
+  }();
+  return *built;
+}
+
+const FoldTables& foldTables() {
+  static const FoldTables* built = [] {
+    auto* t = new FoldTables();
+    const Reps& r = reps();
+    const CaseTables& cases = caseTables();
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Normalizer2* nfd = icu::Normalizer2::getNFDInstance(status);
+    const icu::Normalizer2* nfc = icu::Normalizer2::getNFCInstance(status);
+    for (uint32_t c = 0; c < kUnits; ++c) {
+      unichar u = static_cast<unichar>(c);
+      t->umlauts[c] = (U_SUCCESS(status) && isInRep(r.alpha, u)) ? foldDiacritics(u, *nfd, *nfc) : u;
+      t->lowerUmlauts[c] = cases.lower[t->umlauts[c]];
+      t->upperUmlauts[c] = cases.upper[t->umlauts[c]];
     }
     return t;
   }();
@@ -166,7 +182,7 @@ const unichar* findAnyOf(const unichar* from, const unichar* end, const unichar*
 template <bool kFolded, typename Needle>
 const unichar* search(const unichar* haystack, size_t haystackLength, const Needle* needle, size_t needleLength) {
   if (needleLength == 0 || needleLength > haystackLength || !haystack || !needle) return nullptr;
-  const unichar* upper = kFolded ? tables().upper : nullptr;
+  const unichar* upper = kFolded ? caseTables().upper : nullptr;
   auto unit = [&](Needle n) -> unichar {
     unichar u = std::is_same_v<Needle, char> ? widen(static_cast<char>(n)) : static_cast<unichar>(n);
     return kFolded ? upper[u] : u;
@@ -177,7 +193,7 @@ const unichar* search(const unichar* haystack, size_t haystackLength, const Need
   unichar candidates[4] = {first, first, first, first};
   int candidateCount = 1;
   if (kFolded) {
-    const Tables& t = tables();
+    const CaseTables& t = caseTables();
     if (first < 128 && t.preimageCount[first] <= 4) {
       candidateCount = t.preimageCount[first];
       for (int i = 0; i < candidateCount; ++i) candidates[i] = t.upperPreimages[first][i];
@@ -311,49 +327,49 @@ CharacterSetRep upperCharacterSetRep() {
 }
 
 ConversionTable lowerCharsTable() {
-  return tables().lower;
+  return caseTables().lower;
 }
 ConversionTable upperCharsTable() {
-  return tables().upper;
+  return caseTables().upper;
 }
 ConversionTable umlautsCharsTable() {
-  return tables().umlauts;
+  return foldTables().umlauts;
 }
 ConversionTable lowerUmlautsCharsTable() {
-  return tables().lowerUmlauts;
+  return foldTables().lowerUmlauts;
 }
 ConversionTable upperUmlautsCharsTable() {
-  return tables().upperUmlauts;
+  return foldTables().upperUmlauts;
 }
 
 unichar toLower(unichar u) {
-  return tables().lower[u];
+  return caseTables().lower[u];
 }
 unichar toUpper(unichar u) {
-  return tables().upper[u];
+  return caseTables().upper[u];
 }
 unichar toAscii(unichar u) {
-  unichar folded = tables().umlauts[u];
+  unichar folded = foldTables().umlauts[u];
   return folded < 128 ? folded : u' ';
 }
 unichar toUpperAscii(unichar u) {
-  unichar folded = tables().umlauts[u];
+  unichar folded = foldTables().umlauts[u];
   if (folded > 127) return u' ';
   return (folded >= u'a' && folded <= u'z') ? folded - 32 : folded;
 }
 unichar toLowerAscii(unichar u) {
-  unichar folded = tables().umlauts[u];
+  unichar folded = foldTables().umlauts[u];
   if (folded > 127) return u' ';
   return (folded >= u'A' && folded <= u'Z') ? folded + 32 : folded;
 }
 unichar umlautsToAscii(unichar u) {
-  return tables().umlauts[u];
+  return foldTables().umlauts[u];
 }
 unichar umlautsToUpperAscii(unichar u) {
-  return tables().upperUmlauts[u];
+  return foldTables().upperUmlauts[u];
 }
 unichar umlautsToLowerAscii(unichar u) {
-  return tables().lowerUmlauts[u];
+  return foldTables().lowerUmlauts[u];
 }
 
 int convertUTF8ToUnicode(const char* bytes, size_t byteCount, unichar* units, size_t capacity, size_t* written) {
@@ -819,12 +835,13 @@ uint32_t characterTablesChecksum() {
   };
   const Reps& r = reps();
   mix(&r, sizeof(Reps));
-  const Tables& t = tables();
-  mix(t.lower, sizeof t.lower);
-  mix(t.upper, sizeof t.upper);
-  mix(t.umlauts, sizeof t.umlauts);
-  mix(t.lowerUmlauts, sizeof t.lowerUmlauts);
-  mix(t.upperUmlauts, sizeof t.upperUmlauts);
+  const CaseTables& cases = caseTables();
+  mix(cases.lower, sizeof cases.lower);
+  mix(cases.upper, sizeof cases.upper);
+  const FoldTables& folds = foldTables();
+  mix(folds.umlauts, sizeof folds.umlauts);
+  mix(folds.lowerUmlauts, sizeof folds.lowerUmlauts);
+  mix(folds.upperUmlauts, sizeof folds.upperUmlauts);
   return hash;
 }
 

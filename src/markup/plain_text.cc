@@ -54,6 +54,37 @@ inline int depthDelta(const unichar* characters, size_t tagLocation, size_t tagL
   return tagDepthChange(characters, Range{tagLocation, tagLength});
 }
 
+// What a tag name does to the layout before the tag's own effects, by one
+// dispatch on the name's length.
+enum class BreakKind { kNone, kParagraph, kLine, kRow, kCell, kInline };
+
+BreakKind breakKindOf(const unichar* name, size_t length) {
+  switch (length) {
+    case 1:
+      return (name[0] | 32) == 'p' ? BreakKind::kParagraph : BreakKind::kNone;
+    case 2: {
+      if (isHeading(name, length) || nameIs(name, length, "hr")) return BreakKind::kParagraph;
+      if (nameIs(name, length, "tr")) return BreakKind::kRow;
+      if (nameIs(name, length, "td") || nameIs(name, length, "th")) return BreakKind::kCell;
+      for (const char* line : {"br", "li", "ol", "ul", "dd", "dl", "dt"}) {
+        if (nameIs(name, length, line)) return BreakKind::kLine;
+      }
+      return BreakKind::kNone;
+    }
+    case 3:
+      return nameIs(name, length, "div") || nameIs(name, length, "dir") ? BreakKind::kParagraph : BreakKind::kNone;
+    case 4:
+      if (nameIs(name, length, "menu")) return BreakKind::kParagraph;
+      return nameIs(name, length, "code") || nameIs(name, length, "cite") ? BreakKind::kInline : BreakKind::kNone;
+    case 5:
+      return nameIs(name, length, "table") ? BreakKind::kParagraph : BreakKind::kNone;
+    case 10:
+      return nameIs(name, length, "blockquote") ? BreakKind::kParagraph : BreakKind::kNone;
+    default:
+      return BreakKind::kNone;
+  }
+}
+
 void clearTheTwo(PlainTextContext& c) {
   c.inMarquee = false;
   c.inTextArea = false;
@@ -264,33 +295,36 @@ bool handlePlainText(PlainTextContext& c, unichar* characters, size_t nameLocati
   }
 
   // Stage 2: breaks.
+  BreakKind kind = breakKindOf(name, nameLength);
   bool hasOutput = cursor > c.buffer;
   if (c.textSinceBreak) {
-    if (nameIs(name, nameLength, "p") || nameIs(name, nameLength, "div") || nameIs(name, nameLength, "dir") ||
-        nameIs(name, nameLength, "menu") || nameIs(name, nameLength, "table") ||
-        nameIs(name, nameLength, "blockquote") || nameIs(name, nameLength, "hr") || isHeading(name, nameLength)) {
-      cursor = paragraphBreak(c, cursor);
-    } else if (nameIs(name, nameLength, "br") || nameIs(name, nameLength, "li") || nameIs(name, nameLength, "ol") ||
-               nameIs(name, nameLength, "ul") || nameIs(name, nameLength, "dd") || nameIs(name, nameLength, "dl") ||
-               nameIs(name, nameLength, "dt") || nameIs(name, nameLength, "tr")) {
-      cursor = lineBreak(c, cursor);
-    } else if (nameIs(name, nameLength, "td") || nameIs(name, nameLength, "th")) {
-      cursor = cellGap(c, cursor, white);
-      c.textSinceBreak = false;
-    } else if (nameIs(name, nameLength, "code") || nameIs(name, nameLength, "cite")) {
-      if (hasOutput && !isInRep(white, cursor[-1])) {
-        *cursor++ = u' ';
-        c.spacePending = false;
-      }
+    switch (kind) {
+      case BreakKind::kParagraph:
+        cursor = paragraphBreak(c, cursor);
+        break;
+      case BreakKind::kLine:
+      case BreakKind::kRow:
+        cursor = lineBreak(c, cursor);
+        break;
+      case BreakKind::kCell:
+        cursor = cellGap(c, cursor, white);
+        c.textSinceBreak = false;
+        break;
+      case BreakKind::kInline:
+        if (hasOutput && !isInRep(white, cursor[-1])) {
+          *cursor++ = u' ';
+          c.spacePending = false;
+        }
+        break;
+      case BreakKind::kNone:
+        break;
     }
   } else if (hasOutput) {
-    if (nameIs(name, nameLength, "td") || nameIs(name, nameLength, "th")) {
-      if (!isInRep(white, cursor[-1])) {
-        *cursor++ = u' ';
-        c.spacePending = false;
-      }
-    } else if (nameIs(name, nameLength, "tr")) {
-      if (!isLineEnd(cursor[-1])) cursor = lineBreak(c, cursor);
+    if (kind == BreakKind::kCell && !isInRep(white, cursor[-1])) {
+      *cursor++ = u' ';
+      c.spacePending = false;
+    } else if (kind == BreakKind::kRow && !isLineEnd(cursor[-1])) {
+      cursor = lineBreak(c, cursor);
     }
   }
 
@@ -479,7 +513,10 @@ unichar* appendRangeToPlainText(PlainTextContext* context, unichar* characters, 
     c.spacePending = c.collapse;
     return cursor;
   }
-  if (length >= 4) {
+  // Most runs hold no reference at all; a vectorised look for '&' spares
+  // them the converter's unit-by-unit pass (which must run anyway when it
+  // also folds diacritics).
+  if (length >= 4 && (c.nonUmlauted || text::fastUnicharsContainChars(characters + location, length, "&", 1))) {
     if (c.convertEntities) {
       length = convertEntities2Characters(characters, characters + location, location, length, c.standardEntities,
                                           false, c.nonUmlauted);

@@ -7,8 +7,9 @@
 // transport looks the same to the caller; lastError() tells it apart.
 //
 // The reply-carrying forms call their handler on the calling thread once the
-// reply is in; when the call fails the handler is not called. Given an empty handler they send the request with
-// "noreply", and the service then does no work (script requests still run).
+// reply is in; when the call fails the handler is not called. Given an empty
+// handler they send the request with "noreply", and the service then does no
+// work (script requests still run).
 //
 // The rootProxy... functions hand out proxies over the per-thread cache.
 #pragma once

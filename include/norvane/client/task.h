@@ -4,7 +4,8 @@
 // A task is launched with fork and exec; a failed exec is reported by
 // launch() (the child's errno travels back through a close-on-exec pipe). The
 // child inherits the environment, minus the socket-activation variables
-// LISTEN_FDS, LISTEN_PID and LISTEN_FDNAMES, which belong to this process.
+// LISTEN_FDS, LISTEN_PID and LISTEN_FDNAMES, which belong to this process;
+// they are set afresh for the child when descriptors are passed to it.
 #pragma once
 
 #include <sys/types.h>

@@ -5,14 +5,13 @@
 // or "dc.language") and its keywords (kMDItemKeywords: the comma- or
 // semicolon-separated <meta name="keywords">).
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <new>
 #include <string>
 #include <vector>
 
+#include "importer_object.h"
 #include "norvane/importer.h"
 #include "norvane/markup/decoding.h"
 #include "norvane/markup/entities.h"
@@ -115,22 +114,6 @@ void setStringArray(NorvaneAttributes* attributes, const char* key, const std::v
   norvane_set(attributes, key, array);
 }
 
-struct HtmlImporter {
-  NorvaneImporterInterface* vtable;
-  std::atomic<uint32_t> references{1};
-};
-
-int32_t queryInterface(void* self, const char* interfaceID, void** out);
-uint32_t addRef(void* self) {
-  return ++static_cast<HtmlImporter*>(self)->references;
-}
-uint32_t release(void* self) {
-  auto* importer = static_cast<HtmlImporter*>(self);
-  uint32_t left = --importer->references;
-  if (left == 0) delete importer;
-  return left;
-}
-
 int32_t importFile(void*, NorvaneAttributes* attributes, const char*, const char* path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) return 0;
@@ -155,21 +138,8 @@ int32_t importFile(void*, NorvaneAttributes* attributes, const char*, const char
   return 1;
 }
 
-NorvaneImporterInterface kInterface = {nullptr, queryInterface, addRef, release, importFile};
-
-int32_t queryInterface(void* self, const char* interfaceID, void** out) {
-  if (std::strcmp(interfaceID, NORVANE_IMPORTER_INTERFACE_ID) == 0) {
-    addRef(self);
-    *out = self;
-    return 0;
-  }
-  *out = nullptr;
-  return -1;
-}
-
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void* NorvaneHtmlImporterFactory(const char* typeID) {
-  if (!typeID || std::strcmp(typeID, NORVANE_IMPORTER_TYPE_ID) != 0) return nullptr;
-  return new (std::nothrow) HtmlImporter{&kInterface};
+  return norvane::importers::PathImporter<importFile>::create(typeID);
 }

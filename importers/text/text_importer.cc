@@ -11,13 +11,12 @@
 #include <unicode/ustring.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <new>
 #include <string>
 
+#include "importer_object.h"
 #include "norvane/importer.h"
 
 namespace {
@@ -102,22 +101,6 @@ std::string toUtf8(const std::u16string& s) {
   return out;
 }
 
-struct TextImporter {
-  NorvaneImporterInterface* vtable;
-  std::atomic<uint32_t> references{1};
-};
-
-int32_t queryInterface(void* self, const char* interfaceID, void** out);
-uint32_t addRef(void* self) {
-  return ++static_cast<TextImporter*>(self)->references;
-}
-uint32_t release(void* self) {
-  auto* importer = static_cast<TextImporter*>(self);
-  uint32_t left = --importer->references;
-  if (left == 0) delete importer;
-  return left;
-}
-
 int32_t importFile(void*, NorvaneAttributes* attributes, const char*, const char* path) {
   std::ifstream in(path, std::ios::binary | std::ios::ate);
   if (!in) return 0;
@@ -135,21 +118,8 @@ int32_t importFile(void*, NorvaneAttributes* attributes, const char*, const char
   return 1;
 }
 
-NorvaneImporterInterface kInterface = {nullptr, queryInterface, addRef, release, importFile};
-
-int32_t queryInterface(void* self, const char* interfaceID, void** out) {
-  if (std::strcmp(interfaceID, NORVANE_IMPORTER_INTERFACE_ID) == 0) {
-    addRef(self);
-    *out = self;
-    return 0;
-  }
-  *out = nullptr;
-  return -1;
-}
-
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) void* NorvaneTextImporterFactory(const char* typeID) {
-  if (!typeID || std::strcmp(typeID, NORVANE_IMPORTER_TYPE_ID) != 0) return nullptr;
-  return new (std::nothrow) TextImporter{&kInterface};
+  return norvane::importers::PathImporter<importFile>::create(typeID);
 }

@@ -1,7 +1,5 @@
 #include "importers/metadata_importer.h"
 
-#include "importers/attribute_repairs.h"
-
 #include <fcntl.h>
 #include <glib.h>
 #include <spawn.h>
@@ -13,6 +11,7 @@
 #include <cctype>
 #include <cstring>
 
+#include "importers/attribute_repairs.h"
 #include "importers/content_types.h"
 #include "norvane/core/log.h"
 #include "norvane/core/unicode.h"

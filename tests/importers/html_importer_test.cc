@@ -44,8 +44,7 @@ TEST(HtmlImporterTest, TextTitleLanguagesAndKeywords) {
   ASSERT_TRUE(attributes->find(u"kMDItemTitle"));
   EXPECT_EQ(attributes->find(u"kMDItemTitle")->asString(), u"Gr\u00FC\u00DFe & mehr");
   EXPECT_EQ(strings(attributes->find(u"kMDItemLanguages")), (std::vector<std::u16string>{u"de", u"en"}));
-  EXPECT_EQ(strings(attributes->find(u"kMDItemKeywords")),
-            (std::vector<std::u16string>{u"alpha", u"beta", u"gamma"}));
+  EXPECT_EQ(strings(attributes->find(u"kMDItemKeywords")), (std::vector<std::u16string>{u"alpha", u"beta", u"gamma"}));
 }
 
 TEST(HtmlImporterTest, PageWithoutHeadOrBody) {

@@ -94,7 +94,7 @@ TEST_F(RegistryTest, ContentTypesComeOnlyFromImporterRolesAndAreLowerCased) {
       "<key>LSItemContentTypes</key><string>text/csv</string></dict>"
       "<string>not a dictionary</string>"
       "</array>";
-  // The spec-less writer adds its own CFBundleDocumentTypes; write a plist
+  // The fixture writer adds its own CFBundleDocumentTypes; write a plist
   // whose only document types are the ones above.
   std::string path = folder_ / "roles.mdimporter";
   writeFile(path + "/Info.plist",

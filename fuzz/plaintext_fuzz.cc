@@ -68,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const bool onlyBody = flags & 16, removeJunk = flags & 32, googleTags = flags & 64, imageAlts = flags & 128;
 
   std::vector<unichar> units((size - 1) / 2);
-  std::memcpy(units.data(), data + 1, units.size() * sizeof(unichar));
+  if (!units.empty()) std::memcpy(units.data(), data + 1, units.size() * sizeof(unichar));
   const String html(units.data(), units.size());
 
   bool didRemoveJunk = true;

@@ -21,6 +21,7 @@
 
 #include "norvane/markup/decoding.h"
 #include "norvane/markup/plain_text.h"
+#include "python_docs.h"
 
 #if NORVANE_HAVE_LIBXML2
 #include <libxml/HTMLparser.h>
@@ -42,23 +43,13 @@ struct Corpus {
 const Corpus& corpus() {
   static const Corpus loaded = [] {
     Corpus c;
-    const std::filesystem::path root = "/usr/share/doc/python3.11/html";
-    std::vector<std::filesystem::path> paths;
-    std::error_code error;
-    for (std::filesystem::recursive_directory_iterator it(root, error), end; !error && it != end; it.increment(error)) {
-      if (it->is_regular_file() && it->path().extension() == ".html") paths.push_back(it->path());
-    }
-    std::sort(paths.begin(), paths.end());
-    for (const auto& path : paths) {
-      std::ifstream in(path, std::ios::binary);
-      std::stringstream content;
-      content << in.rdbuf();
-      String page = markup::stringWithMarkupData(content.str(), norvane::text::NSUTF8StringEncoding);
+    for (std::string& bytes : readPythonDocPages()) {
+      String page = markup::stringWithMarkupData(bytes, norvane::text::NSUTF8StringEncoding);
       if (page.isEmpty()) continue;
-      c.bytes.push_back(content.str());
-      c.pages.push_back(page);
       c.totalUnits += page.length();
-      c.totalBytes += c.bytes.back().size();
+      c.totalBytes += bytes.size();
+      c.bytes.push_back(std::move(bytes));
+      c.pages.push_back(page);
     }
     return c;
   }();

@@ -18,6 +18,7 @@
 
 #include "norvane/core/unicode.h"
 #include "norvane/markup/tag_scanner.h"
+#include "python_docs.h"
 
 #if NORVANE_HAVE_LIBXML2
 #include <libxml/HTMLparser.h>
@@ -42,23 +43,12 @@ struct Corpus {
 const Corpus& corpus() {
   static const Corpus loaded = [] {
     Corpus c;
-    const std::filesystem::path root = "/usr/share/doc/python3.11/html";
-    std::vector<std::filesystem::path> paths;
-    if (std::filesystem::exists(root)) {
-      for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
-        if (entry.is_regular_file() && entry.path().extension() == ".html") paths.push_back(entry.path());
-      }
-    }
-    std::sort(paths.begin(), paths.end());
-    for (const auto& path : paths) {
-      std::ifstream in(path, std::ios::binary);
-      std::stringstream content;
-      content << in.rdbuf();
-      c.bytes.push_back(content.str());
-      c.units.push_back(norvane::utf8ToUtf16(c.bytes.back()));
+    for (std::string& bytes : readPythonDocPages()) {
+      c.units.push_back(norvane::utf8ToUtf16(bytes));
       c.strings.push_back(String(c.units.back()));
       c.totalUnits += c.units.back().size();
-      c.totalBytes += c.bytes.back().size();
+      c.totalBytes += bytes.size();
+      c.bytes.push_back(std::move(bytes));
     }
     return c;
   }();

@@ -8,6 +8,7 @@
 #include "norvane/markup/entities.h"
 #include "norvane/markup/error_pages.h"
 #include "norvane/markup/plain_text.h"
+#include "norvane/text/strings.h"
 
 namespace norvane::cli {
 namespace {
@@ -90,10 +91,7 @@ int runErrorPage(const Invocation& in) {
   if (html.isNull()) return fail(error);
   String title = pageTitle(html);
   String plain = markup::stringByConvertingHtml2PlainTextNonUmlauted(html, false, false, true, false);
-  std::string trimmed = plain.toUtf8();
-  while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.back()))) trimmed.pop_back();
-  while (!trimmed.empty() && std::isspace(static_cast<unsigned char>(trimmed.front()))) trimmed.erase(0, 1);
-  String text = String::fromUtf8(trimmed);
+  String text = text::stringByTrimmingWhiteSpaces(plain);
   String url = in.value("url") ? String::fromUtf8(*in.value("url")) : String();
 
   const char* kind = "none";
